@@ -1,0 +1,45 @@
+// The two classes the host agent links against.
+#pragma once
+
+#include "platform/Win32.h"
+#include "tarnix/DataType.h"
+
+#include <atomic>
+#include <mutex>
+
+struct IDataDumpCallback;
+class CRMICommManagerImpl;
+
+// One per process. Creates the implementation on first use and forwards to it.
+class CRMICommManager {
+ public:
+  static CRMICommManager& GetInstance();
+
+  template <class T>
+  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                ULONGLONG number, unsigned char dataType, T* data);
+
+  LONG RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
+                                const WCHAR* third, IDataDumpCallback* callback);
+  LONG UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
+                                  const WCHAR* third, IDataDumpCallback* callback);
+
+  CRMICommManager(const CRMICommManager&) = delete;
+  CRMICommManager& operator=(const CRMICommManager&) = delete;
+
+ private:
+  CRMICommManager();
+  ~CRMICommManager();
+  CRMICommManagerImpl* GetImpl();
+
+  std::atomic<CRMICommManagerImpl*> implementation_{nullptr};
+  std::mutex creationLock_;
+};
+
+// Where the message server is. Stateless: every operation is static.
+class CRMIConfigLoader {
+ public:
+  static LONG GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
+                            WCHAR** certificate);
+  static LONG GetConfigContent(VARIANT config, VARIANT* content);
+};
