@@ -1,0 +1,31 @@
+// A Java string made from wide text, or answered by a Java method. It holds a local
+// reference, so it is released on the thread that made it; once that thread has been
+// detached the reference is already gone and the release does nothing.
+#pragma once
+
+#include "jni/LocalRef.h"
+
+#include "platform/Win32.h"
+
+#include <jni.h>
+
+class CJavaVM;
+
+class CJavaString {
+ public:
+  CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string);
+  virtual ~CJavaString();
+  CJavaString(const CJavaString&) = delete;
+  CJavaString& operator=(const CJavaString&) = delete;
+
+  // The characters up to the first zero character. False for a null string or when
+  // the JVM cannot lend the characters.
+  bool GetText(WString& out) const;
+
+  // May be null (a Java method answered null).
+  jstring Get() const { return string_.Get(); }
+
+ private:
+  CJavaVM* machine_;
+  tarnix::LocalRef<jstring> string_;
+};

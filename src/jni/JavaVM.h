@@ -1,0 +1,98 @@
+// The one Java virtual machine the component runs inside the host's process: the runtime
+// library loaded from a runtime directory, the machine, the JNI environment of every
+// thread that uses it, and the classes loaded so far.
+#pragma once
+
+#include "jni/JavaClass.h"
+#include "jni/RuntimeLibrary.h"
+
+#include "platform/Win32.h"
+
+#include <jni.h>
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CJavaString;
+
+class CJavaVM {
+ public:
+  // runtimeDirectory is the runtime's home and ends with a path separator; the library
+  // paths are plain concatenations onto it.
+  explicit CJavaVM(const WString& runtimeDirectory);
+  virtual ~CJavaVM();
+  CJavaVM(const CJavaVM&) = delete;
+  CJavaVM& operator=(const CJavaVM&) = delete;
+
+  // Loads the runtime library and creates the machine on the calling thread, which stays
+  // attached for the machine's life. 0, a JNI error code (negative), or the load
+  // failure as an HRESULT. A second call is a successful no-op.
+  LONG Create(std::vector<std::string> options);
+
+  // The calling thread's environment as registered here; null for a thread this machine
+  // has not attached (even if something else attached it).
+  JNIEnv* GetEnv();
+  // 0 or the machine's JNI code. A thread already registered is not attached again.
+  LONG AttachCurrentThread();
+  // 0 or the machine's JNI code. The creating thread is never detached. Attachments do
+  // not nest: the first detach of a thread detaches it.
+  LONG DetachCurrentThread();
+
+  // Releasing the last copy detaches the calling thread. It never deletes the machine.
+  using ThreadDetachGuard = std::shared_ptr<CJavaVM>;
+  ThreadDetachGuard MakeDetachGuard();
+  // Attaches the calling thread for the life of the returned guard. A thread that was
+  // already registered (the creating thread, or one an outer operation attached) gets an
+  // empty guard and stays attached; so does a thread the machine refused, with the code
+  // in *result.
+  ThreadDetachGuard AttachForScope(LONG* result = nullptr);
+
+  // Loads a class once and caches it by name; a later load of the name answers the
+  // cached class and ignores the table. Empty on failure, with the Java exception pending
+  // and nothing cached.
+  std::shared_ptr<CJavaClass> LoadClass(const std::string& name, const MethodEntry* table,
+                                        ULONGLONG count);
+  template <size_t N>
+  std::shared_ptr<CJavaClass> LoadClass(const std::string& name,
+                                        const MethodEntry (&table)[N]) {
+    return LoadClass(name, table, N);
+  }
+  // A class loaded before; never loads.
+  std::shared_ptr<CJavaClass> GetClass(std::string_view name);
+
+  // A Java string of every UTF-16 code unit of the text, embedded zeros included. Empty
+  // on failure, with the Java exception pending. A null pointer is the empty text.
+  std::shared_ptr<CJavaString> NewString(std::basic_string_view<WCHAR> text);
+  std::shared_ptr<CJavaString> NewString(const WCHAR* text);
+
+  // False when no exception is pending (out untouched). Otherwise clears the exception
+  // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
+  bool GetExceptionText(WString& out);
+
+  // Deletes a global reference from whatever thread releases it.
+  void DeleteGlobalRef(jobject ref);
+
+  const WString& GetDllDirectory() const { return dllDirectory_; }
+  const WString& GetRuntimeLibraryPath() const { return runtimeLibraryPath_; }
+  HMODULE GetRuntimeModule() const { return library_.Get(); }
+  JavaVM* GetJavaVM() const { return vm_; }
+  DWORD GetCreatingThread() const { return creatingThread_; }
+
+ private:
+  void Register(JNIEnv* env);
+  bool IsRegistered();
+
+  WString dllDirectory_;
+  WString runtimeLibraryPath_;
+  tarnix::RuntimeLibrary library_;
+  JavaVM* vm_ = nullptr;
+  std::mutex environmentLock_;
+  std::map<DWORD, JNIEnv*> threads_;
+  std::mutex classLock_;
+  std::map<std::string, std::shared_ptr<CJavaClass>, std::less<>> classes_;
+  DWORD creatingThread_ = 0;
+};

@@ -1,0 +1,67 @@
+// A JNI local reference as a value: it is deleted when its owner goes, and only on the
+// thread that received it, because local references belong to one thread's frame.
+#pragma once
+
+#include "platform/Win32.h"
+
+#include <jni.h>
+
+#include <cassert>
+#include <utility>
+
+namespace tarnix {
+
+template <class T>
+class LocalRef {
+ public:
+  LocalRef() = default;
+  // Adopts a local reference that env just returned (a null one is fine).
+  LocalRef(JNIEnv* env, T ref) : env_(env), ref_(ref), owner_(GetCurrentThreadId()) {}
+  LocalRef(LocalRef&& other) noexcept
+      : env_(other.env_), ref_(std::exchange(other.ref_, nullptr)), owner_(other.owner_) {}
+  LocalRef& operator=(LocalRef&& other) noexcept {
+    if (this != &other) {
+      Reset();
+      env_ = other.env_;
+      owner_ = other.owner_;
+      ref_ = std::exchange(other.ref_, nullptr);
+    }
+    return *this;
+  }
+  LocalRef(const LocalRef&) = delete;
+  LocalRef& operator=(const LocalRef&) = delete;
+  ~LocalRef() { Reset(); }
+
+  T Get() const { return ref_; }
+  JNIEnv* Env() const { return env_; }
+  explicit operator bool() const { return ref_ != nullptr; }
+
+  // Gives the reference up without deleting it (it is handed to Java as a result, or the
+  // thread's frame has already been dropped by a detach).
+  T Release() { return std::exchange(ref_, nullptr); }
+
+  void Reset() {
+    T ref = std::exchange(ref_, nullptr);
+    if (!ref) return;
+    // Deleting through another thread's environment corrupts that thread's frame; a
+    // reference that has wandered off its thread is left for its frame to drop.
+    assert(owner_ == GetCurrentThreadId() && "local reference released on a foreign thread");
+    if (owner_ == GetCurrentThreadId()) env_->DeleteLocalRef(ref);
+  }
+
+ private:
+  JNIEnv* env_ = nullptr;
+  T ref_ = nullptr;
+  DWORD owner_ = 0;
+};
+
+// The short-lived temporaries of one operation: array elements, classes of objects,
+// results that are only looked at.
+using ScopedLocalRef = LocalRef<jobject>;
+
+template <class T>
+LocalRef<T> AdoptLocal(JNIEnv* env, T ref) {
+  return LocalRef<T>(env, ref);
+}
+
+}  // namespace tarnix
