@@ -37,6 +37,7 @@ struct JavaMethod {
   // 'V', a primitive letter, or 'L' for objects and arrays.
   char result = 'V';
   bool returnsString = false;
+  bool isConstructor = false;
 };
 }  // namespace tarnix
 

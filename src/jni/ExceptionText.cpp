@@ -1,0 +1,102 @@
+#include "jni/ExceptionText.h"
+
+#include "jni/JavaVM.h"
+#include "jni/LocalRef.h"
+#include "jni/StringChars.h"
+
+namespace {
+
+// Java hands out modified UTF-8; the text is read in the thread's ANSI code page, which
+// is what the host's log expects of it.
+WString ThreadAnsiToWide(const char* text) {
+  const int needed = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
+  if (needed <= 1) return {};
+  WString wide(static_cast<size_t>(needed), WCHAR{0});
+  const int written = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, &wide[0], needed);
+  wide.resize(written > 0 ? static_cast<size_t>(written - 1) : 0);
+  return wide;
+}
+
+// Queries of an exception that has already been cleared. A query that throws in turn
+// has its exception cleared and counts as having no answer.
+class ThrowableReader {
+ public:
+  explicit ThrowableReader(JNIEnv* env) : env_(env) {}
+
+  // toString() of the object, or false when there is none.
+  bool ToString(jobject object, WString& text) {
+    tarnix::LocalRef<jclass> type(env_, env_->GetObjectClass(object));
+    if (!Answered(type.Get())) return false;
+    const jmethodID method = env_->GetMethodID(type.Get(), "toString", "()Ljava/lang/String;");
+    if (!Answered(method)) return false;
+    tarnix::LocalRef<jstring> string(
+        env_, static_cast<jstring>(env_->CallObjectMethod(object, method)));
+    if (!Answered(string.Get())) return false;
+    const tarnix::StringUtfChars chars(env_, string.Get());
+    if (!Answered(chars.Get())) return false;
+    text = ThreadAnsiToWide(chars.Get());
+    return true;
+  }
+
+  tarnix::LocalRef<jobjectArray> StackTrace(jobject throwable) {
+    tarnix::LocalRef<jclass> type(env_, env_->GetObjectClass(throwable));
+    if (!Answered(type.Get())) return {};
+    const jmethodID method =
+        env_->GetMethodID(type.Get(), "getStackTrace", "()[Ljava/lang/StackTraceElement;");
+    if (!Answered(method)) return {};
+    tarnix::LocalRef<jobjectArray> frames(
+        env_, static_cast<jobjectArray>(env_->CallObjectMethod(throwable, method)));
+    if (!Answered(frames.Get())) return {};
+    return frames;
+  }
+
+  void AppendFrames(jobjectArray frames, WString& out) {
+    const jsize count = env_->GetArrayLength(frames);
+    for (jsize i = 0; i < count; ++i) {
+      tarnix::ScopedLocalRef frame(env_, env_->GetObjectArrayElement(frames, i));
+      WString text;
+      if (!Answered(frame.Get()) || !ToString(frame.Get(), text)) continue;
+      out += WSTR("\r\n\t");
+      out += text;
+    }
+  }
+
+ private:
+  template <class T>
+  bool Answered(T result) {
+    if (env_->ExceptionCheck()) {
+      env_->ExceptionClear();
+      return false;
+    }
+    return result != nullptr;
+  }
+
+  JNIEnv* env_;
+};
+
+}  // namespace
+
+bool CJavaVM::GetExceptionText(WString& out) {
+  JNIEnv* env = GetEnv();
+  if (!env) return false;
+  tarnix::LocalRef<jthrowable> exception(env, env->ExceptionOccurred());
+  if (!exception) return false;
+  // JNI allows no queries while an exception is pending, so it is taken and cleared
+  // first; the text comes out the same.
+  env->ExceptionClear();
+  ThrowableReader reader(env);
+  WString text;
+  if (reader.ToString(exception.Get(), text)) out = std::move(text);
+  tarnix::LocalRef<jobjectArray> frames = reader.StackTrace(exception.Get());
+  if (frames) reader.AppendFrames(frames.Get(), out);
+  return true;
+}
+
+bool IsRemoteFailureText(const WString& text) {
+  static const WCHAR* const kMarkers[] = {WSTR("rmiURLContext"), WSTR("java.rmi."),
+                                          WSTR("java.security.cert.")};
+  for (const WCHAR* marker : kMarkers) {
+    if (text.find(marker) != WString::npos) return true;
+  }
+  return false;
+}

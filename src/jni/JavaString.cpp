@@ -1,0 +1,26 @@
+#include "jni/JavaString.h"
+
+#include "jni/JavaVM.h"
+#include "jni/StringChars.h"
+
+#include <algorithm>
+
+CJavaString::CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
+    : machine_(machine), string_(std::move(string)) {}
+
+CJavaString::~CJavaString() {
+  // A detach has already dropped the thread's frame and this reference with it.
+  if (string_ && machine_->GetEnv() != string_.Env()) string_.Release();
+}
+
+bool CJavaString::GetText(WString& out) const {
+  if (!string_) return false;
+  JNIEnv* env = machine_->GetEnv();
+  if (env != string_.Env() || env->ExceptionCheck()) return false;
+  const jsize length = env->GetStringLength(string_.Get());
+  const tarnix::StringChars chars(env, string_.Get());
+  if (!chars.Get()) return false;
+  const jchar* end = std::find(chars.Get(), chars.Get() + length, jchar{0});
+  out.assign(reinterpret_cast<const WCHAR*>(chars.Get()), static_cast<size_t>(end - chars.Get()));
+  return true;
+}
