@@ -20,6 +20,8 @@ class HostLog {
   // No logger: every message is dropped.
   HostLog() = default;
   explicit HostLog(ComPtr<IHostLogger> logger) : logger_(std::move(logger)) {}
+  // Takes a reference of its own.
+  explicit HostLog(IHostLogger* logger) : logger_(logger) {}
 
   // For the static configuration operations, which hold a logger only for one call: the
   // logger is asked from the host the first time there is something to log, and a message
