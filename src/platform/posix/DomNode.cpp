@@ -68,7 +68,8 @@ class TextJoiner {
 };
 
 void AddTextNode(xmlNodePtr node, TextJoiner* joiner) {
-  if (node->type == XML_CDATA_SECTION_NODE || xmlNodeGetSpacePreserve(node) == 1) {
+  const bool preserved = node->parent && xmlNodeGetSpacePreserve(node->parent) == 1;
+  if (node->type == XML_CDATA_SECTION_NODE || preserved) {
     joiner->AddVerbatim(Text(node->content));
   } else {
     joiner->AddNormalized(Text(node->content));
