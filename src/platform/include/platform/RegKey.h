@@ -90,8 +90,11 @@ class RegKey {
   }
 
   LONG ReadValueDW(const WCHAR* name, DWORD* out) const {
-    DWORD type = REG_NONE, value = 0, size = sizeof(value);
-    LONG result = RegQueryValueExW(key_, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
+    DWORD type = REG_NONE, value = 0, size = 0;
+    LONG result = RegQueryValueExW(key_, name, nullptr, &type, nullptr, &size);
+    if (result != ERROR_SUCCESS) return result;
+    if (type != REG_DWORD || size != sizeof(value)) return ERROR_INVALID_DATA;
+    result = RegQueryValueExW(key_, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
     if (result != ERROR_SUCCESS) return result;
     if (type != REG_DWORD || size != sizeof(value)) return ERROR_INVALID_DATA;
     *out = value;
