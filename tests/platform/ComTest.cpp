@@ -102,5 +102,5 @@ TEST_F(ComTest, UnregisteredClassesAreNotCreated) {
   void* object = reinterpret_cast<void*>(1);
   EXPECT_EQ(CoCreateInstance(unknown, nullptr, 0x17, IID_IUnknown, &object), REGDB_E_CLASSNOTREG);
   EXPECT_EQ(object, nullptr);
-  EXPECT_EQ(CoRevokeClassObject(0xDEAD), CO_E_OBJNOTREG);
+  EXPECT_EQ(CoRevokeClassObject(0xDEAD), E_INVALIDARG);
 }

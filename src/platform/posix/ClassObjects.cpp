@@ -144,7 +144,7 @@ HRESULT CoRegisterClassObject(REFCLSID rclsid, LPUNKNOWN pUnk, DWORD dwClsContex
 }
 
 HRESULT CoRevokeClassObject(DWORD dwRegister) {
-  return ClassTable::Instance().Remove(dwRegister) ? S_OK : CO_E_OBJNOTREG;
+  return ClassTable::Instance().Remove(dwRegister) ? S_OK : E_INVALIDARG;
 }
 
 HRESULT CoGetClassObject(REFCLSID rclsid, DWORD dwClsContext, LPVOID pvReserved, REFIID riid,

@@ -6,9 +6,9 @@
 
 #include <fstream>
 #include <iterator>
+#include <list>
 #include <mutex>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -70,12 +70,17 @@ LPWSTR GetCommandLineW() {
 
 namespace tarnix::posix {
 
-// The previous override is kept alive: a caller may still hold its pointer.
+// Every override is kept for the life of the process: a caller may still hold the
+// pointer an earlier one gave.
 void SetCommandLineForTesting(const std::basic_string<WCHAR>& commandLine) {
-  static std::vector<WString*> retired;
+  static auto* overrides = new std::list<WString>();
   std::lock_guard<std::mutex> lock(g_mutex);
-  if (g_override) retired.push_back(g_override);
-  g_override = commandLine.empty() ? nullptr : new WString(commandLine);
+  if (commandLine.empty()) {
+    g_override = nullptr;
+    return;
+  }
+  overrides->push_back(commandLine);
+  g_override = &overrides->back();
 }
 
 }  // namespace tarnix::posix
