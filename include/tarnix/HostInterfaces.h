@@ -24,7 +24,7 @@ inline constexpr IID IID_IHostActionExecutor = {
 inline constexpr IID IID_IHostAuxiliaryService = {
     0xC0781D6C, 0x5265, 0x496A, {0x99, 0x33, 0xB1, 0x53, 0x92, 0x86, 0x4F, 0x81}};
 inline constexpr IID IID_IHostNamedValues = {
-    0x6AF5CC36, 0xC4D7, 0x4890, {0xA3, 0xE3, 0xA3, 0x9C, 0x31, 0x65, 0x4D, 0x5D}};
+    0x6AF5CC36, 0xC4D7, 0x4890, {0xAA, 0xE3, 0xA3, 0x9C, 0x31, 0x65, 0x4D, 0x5D}};
 
 // The class the automation marshaller is registered under: the proxy/stub that makes the
 // host's interfaces usable across apartments.
@@ -55,10 +55,13 @@ struct IHostLogger : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE LogLevel(BSTR component, LONG level, BSTR message) = 0;
 };
 
+struct IHostEnumerator;  // tarnix/DataInterfaces.h
+
 // A collection of values looked up by name (the host's component identities, the items of
 // extended data).
 struct IHostNamedValues : public IUnknown {
-  virtual HRESULT STDMETHODCALLTYPE Reserved3() = 0;
+  // Every (name, value) pair of the collection.
+  virtual HRESULT STDMETHODCALLTYPE get_Enumerator(IHostEnumerator** items) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_Item(BSTR name, VARIANT* value) = 0;
 };
 
@@ -69,7 +72,8 @@ struct ISystemInfo : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE get_networkInterfaces(SAFEARRAY** interfaces) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_machineName(BSTR* name) = 0;
   virtual HRESULT STDMETHODCALLTYPE Reserved6() = 0;
-  virtual HRESULT STDMETHODCALLTYPE Reserved7() = 0;
+  // VARIANT_TRUE on a desktop; anything else is a server.
+  virtual HRESULT STDMETHODCALLTYPE get_isDesktop(VARIANT_BOOL* desktop) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_FQDN(BSTR* name) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_totalMemory(LONG* memory) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_virtualMachineId(BSTR* id) = 0;

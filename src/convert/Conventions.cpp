@@ -1,0 +1,78 @@
+#include "convert/Conversion.h"
+
+#include "jni/ClassTable.h"
+
+namespace tarnix::convert {
+namespace {
+
+constexpr const char* kClassNames[] = {
+    classes::kBaseSample,          classes::kBaseMetric,         classes::kBaseUserSession,
+    classes::kBaseRemoteApp,       classes::kDesktopInformation, classes::kNetworkInterface,
+    classes::kDesktopConnection,   classes::kHashMap,
+};
+static_assert(sizeof(kClassNames) / sizeof(kClassNames[0]) ==
+              static_cast<size_t>(DataClass::Count));
+
+// 100-nanosecond ticks from 1601-01-01 to 1970-01-01.
+constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ULL;
+constexpr ULONGLONG kTicksPerSecond = 10000000ULL;
+
+}  // namespace
+
+std::shared_ptr<CJavaString> GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
+                                           TextInLog visibility) {
+  std::shared_ptr<CJavaString> string = vm.NewString(text);
+  if (string) return string;
+  WString exception;
+  vm.GetExceptionText(exception);
+  if (visibility == TextInLog::Hidden) {
+    log.Error(WSTR("Failed to create a new Java string.  %s"), exception);
+  } else if (log.HasLogger()) {
+    log.Error(WSTR("Failed to create a new Java string for %s.  %s"), WString(text), exception);
+  }
+  return nullptr;
+}
+
+ULONGLONG ToJavaTime(DATE date) {
+  // A date the platform refuses leaves the calendar time zeroed, which converts to no
+  // ticks at all: a defined (if odd) answer instead of stack garbage.
+  SYSTEMTIME calendar{};
+  VariantTimeToSystemTime(date, &calendar);
+  FILETIME ticks{};
+  SystemTimeToFileTime(&calendar, &ticks);
+  const ULONGLONG count = (static_cast<ULONGLONG>(ticks.dwHighDateTime) << 32) | ticks.dwLowDateTime;
+  return (count - kUnixEpochTicks) / kTicksPerSecond;
+}
+
+const CJavaClass* Conversion::Class(DataClass which) {
+  const size_t index = static_cast<size_t>(which);
+  if (!looked_[index]) {
+    classes_[index] = vm_.GetClass(kClassNames[index]);
+    looked_[index] = true;
+  }
+  return classes_[index].get();
+}
+
+std::optional<WString> Conversion::TakeException() {
+  WString text;
+  if (!vm_.GetExceptionText(text)) return std::nullopt;
+  return text;
+}
+
+bool Conversion::ExceptionPending() const {
+  JNIEnv* env = vm_.GetEnv();
+  return env && env->ExceptionCheck();
+}
+
+void Conversion::LogWithException(const WCHAR* format) {
+  const std::optional<WString> exception = TakeException();
+  log_.Error(format, exception ? *exception : WString());
+}
+
+WString Conversion::TimeLabelOf(IHostSample* source) {
+  DATE time = 0;
+  if (source) source->get_time(&time);
+  return log_.HasLogger() ? DateLabel(time) : WString();
+}
+
+}  // namespace tarnix::convert

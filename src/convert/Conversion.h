@@ -1,0 +1,114 @@
+// What every converter does the same way: find its data-model class, make the Java
+// strings it needs (a failure is logged with the text or without it), construct the
+// object by alias (a failure is logged with the Java exception), and call put methods
+// with the pending-exception test after each. One Conversion serves one top-level call,
+// so the classes of a large sample are looked up once, not once per metric.
+#pragma once
+
+#include "common/HostLog.h"
+#include "jni/JavaClass.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
+#include "jni/JavaVM.h"
+
+#include "platform/Win32.h"
+#include "tarnix/DataInterfaces.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace tarnix::convert {
+
+using WStringView = std::basic_string_view<WCHAR>;
+
+// A BSTR's text, embedded zeros included; a null BSTR is the empty text.
+inline WStringView View(BSTR text) {
+  return text ? WStringView(text, SysStringLen(text)) : WStringView();
+}
+
+// Whether a value may appear in the message of a failed string creation.
+enum class TextInLog { Shown, Hidden };
+
+enum class DataClass {
+  Sample,
+  Metric,
+  UserSession,
+  RemoteApp,
+  DesktopInformation,
+  NetworkInterface,
+  DesktopConnection,
+  HashMap,
+  Count,
+};
+
+// A Java string of the text, or empty with the failure logged and the exception cleared.
+std::shared_ptr<CJavaString> GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
+                                           TextInLog visibility);
+
+// Whole seconds from 1970-01-01 (universal time) to the OLE date. Dates before 1970 wrap
+// around as unsigned values; the host has always been sent them so.
+ULONGLONG ToJavaTime(DATE date);
+// The argument of the data model's "ctor(time)": milliseconds, a whole number of seconds.
+inline jlong ToJavaMillis(DATE date) { return static_cast<jlong>(ToJavaTime(date) * 1000u); }
+
+// The date as the host's messages show a sample: the C library's "%c" form, or
+// "Invalid DateTime" for a date out of the OLE range.
+WString DateLabel(DATE date);
+
+class Conversion {
+ public:
+  Conversion(CJavaVM& vm, const HostLog& log) : vm_(vm), log_(log) {}
+  Conversion(const Conversion&) = delete;
+  Conversion& operator=(const Conversion&) = delete;
+
+  CJavaVM& Vm() const { return vm_; }
+  const HostLog& Log() const { return log_; }
+
+  // The class start-up loaded, or null (start-up has reported that already).
+  const CJavaClass* Class(DataClass which);
+
+  // The text of the pending Java exception, which is cleared; nothing when none is
+  // pending.
+  std::optional<WString> TakeException();
+  // Whether an exception is pending, leaving it so.
+  bool ExceptionPending() const;
+
+  std::shared_ptr<CJavaString> String(WStringView text, TextInLog visibility = TextInLog::Shown) {
+    return GetJavaString(log_, vm_, text, visibility);
+  }
+
+  // `failure` is the object-creation message, with one %s for the exception text.
+  template <class... Args>
+  std::shared_ptr<CJavaObject> Construct(const CJavaClass& javaClass, std::string_view alias,
+                                         const WCHAR* failure, const Args&... args) {
+    std::shared_ptr<CJavaObject> object = javaClass.NewObject(alias, args...);
+    if (!object) LogWithException(failure);
+    return object;
+  }
+
+  // Calls a void method; the text of the exception it left, if any, now cleared.
+  template <class... Args>
+  std::optional<WString> Call(const CJavaObject& object, std::string_view alias,
+                              const Args&... args) {
+    object.CallVoidMethod(alias, args...);
+    return TakeException();
+  }
+
+  // Takes the pending exception and logs `format` with its text (empty when none was
+  // pending).
+  void LogWithException(const WCHAR* format);
+
+  // The time of a host sample as a message shows it. The time is read even without a
+  // logger, as the host expects of every failed put; only the text is spared.
+  WString TimeLabelOf(IHostSample* source);
+
+ private:
+  CJavaVM& vm_;
+  const HostLog& log_;
+  std::array<std::shared_ptr<CJavaClass>, static_cast<size_t>(DataClass::Count)> classes_;
+  std::array<bool, static_cast<size_t>(DataClass::Count)> looked_{};
+};
+
+}  // namespace tarnix::convert

@@ -1,0 +1,138 @@
+#include "convert/Converters.h"
+
+#include "common/HResultError.h"
+#include "platform/ScopedBstr.h"
+#include "platform/ScopedSafeArray.h"
+
+#include <optional>
+
+namespace tarnix::convert {
+namespace {
+
+// The host's adapter list: a VT_RECORD array held locked while its records are read.
+class AdapterList {
+ public:
+  // Throws what the caller must hand on for an array that is not an adapter list.
+  void Adopt(SAFEARRAY* array) {
+    array_.Reset(array);
+    if (!array) throw HResultError(E_INVALIDARG);
+    VARTYPE type = VT_EMPTY;
+    if (FAILED(SafeArrayGetVartype(array, &type)) || type != VT_RECORD ||
+        SafeArrayGetElemsize(array) != sizeof(HostNetworkInterfaceRecord)) {
+      throw HResultError(E_INVALIDARG);
+    }
+    access_.emplace(array);
+    if (!access_->Valid()) throw HResultError(access_->result());
+  }
+
+  // Without an array (the host could not give one) this is the failure it ends in.
+  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& Records() const {
+    if (!access_) throw HResultError(E_INVALIDARG);
+    return *access_;
+  }
+
+ private:
+  ScopedSafeArray array_;
+  // Declared after the array: unlocked before it is destroyed.
+  std::optional<ScopedSafeArrayAccess<HostNetworkInterfaceRecord>> access_;
+};
+
+constexpr const WCHAR kNetworkInterfacesFailure[] =
+    WSTR("Failed to get_networkInterfaces in function class std::shared_ptr<class CJavaObject> ")
+    WSTR("__cdecl CJNIConvertor::GetDesktop(class std::shared_ptr<class CJavaVM>,struct ")
+    WSTR("ISystemInfo *)");
+
+struct AdapterSetter {
+  const char* alias;
+  BSTR HostNetworkInterfaceRecord::*text;  // null: the link speed
+  const WCHAR* failure;
+};
+
+constexpr AdapterSetter kAdapterSetters[] = {
+    {"putMacAddress", &HostNetworkInterfaceRecord::macAddress,
+     WSTR("Failed to set the MAC address on the Java network interface object.  %s")},
+    {"putIpAddress", &HostNetworkInterfaceRecord::ipAddress,
+     WSTR("Failed to set the IP address on the Java network interface object.  %s")},
+    {"putSubnetMask", &HostNetworkInterfaceRecord::subnetMask,
+     WSTR("Failed to set the subnet mask on the Java network interface object.  %s")},
+    {"putSubnet", &HostNetworkInterfaceRecord::subnet,
+     WSTR("Failed to set the subnet on the Java network interface object.  %s")},
+    {"putLinkSpeed", nullptr,
+     WSTR("Failed to set the link speed on the Java network interface object.  %s")},
+};
+
+}  // namespace
+
+std::shared_ptr<CJavaObject> GetNetworkInterface(Conversion& c,
+                                                 const HostNetworkInterfaceRecord& adapter) {
+  const CJavaClass* adapterClass = c.Class(DataClass::NetworkInterface);
+  if (!adapterClass) return nullptr;
+  std::shared_ptr<CJavaString> description = c.String(View(adapter.description));
+  if (!description) return nullptr;
+  std::shared_ptr<CJavaString> texts[4];
+  for (size_t i = 0; i < 4; ++i) {
+    texts[i] = c.String(View(adapter.*kAdapterSetters[i].text));
+    if (!texts[i]) return nullptr;
+  }
+  std::shared_ptr<CJavaObject> javaAdapter =
+      c.Construct(*adapterClass, "ctor(description)",
+                  WSTR("Failed to create a new Java network interface object.  %s"), *description);
+  if (!javaAdapter) return nullptr;
+  for (size_t i = 0; i < sizeof(kAdapterSetters) / sizeof(kAdapterSetters[0]); ++i) {
+    const AdapterSetter& setter = kAdapterSetters[i];
+    std::optional<WString> failure =
+        setter.text ? c.Call(*javaAdapter, setter.alias, *texts[i])
+                    : c.Call(*javaAdapter, setter.alias, static_cast<jint>(adapter.linkSpeed));
+    if (failure) {
+      c.Log().Error(setter.failure, *failure);
+      return nullptr;
+    }
+  }
+  return javaAdapter;
+}
+
+std::shared_ptr<CJavaObject> GetDesktop(Conversion& c, ISystemInfo* system) {
+  const CJavaClass* desktopClass = c.Class(DataClass::DesktopInformation);
+  if (!desktopClass || !system) return nullptr;
+  AdapterList adapters;
+  {
+    ScopedSafeArray received;
+    const HRESULT hr = system->get_networkInterfaces(received.Receive());
+    if (FAILED(hr)) {
+      // Logged now, and the desktop goes on; the missing list ends it further down.
+      c.Log().ErrorWithCode(kNetworkInterfacesFailure, hr);
+    } else {
+      adapters.Adopt(received.Release());
+    }
+  }
+  ScopedBstr name, fqdn;
+  system->get_machineName(name.Receive());
+  system->get_FQDN(fqdn.Receive());
+  std::shared_ptr<CJavaString> javaName = c.String(View(name.Get()));
+  if (!javaName) return nullptr;
+  std::shared_ptr<CJavaString> javaFqdn = c.String(View(fqdn.Get()));
+  if (!javaFqdn) return nullptr;
+  std::shared_ptr<CJavaObject> desktop =
+      c.Construct(*desktopClass, "ctor(name,FQDN)",
+                  WSTR("Failed to create a new Java desktop object.  %s"), *javaName, *javaFqdn);
+  if (!desktop) return nullptr;
+  LONG memory = 0;
+  system->get_totalMemory(&memory);
+  if (std::optional<WString> failure = c.Call(*desktop, "putTotalMemory", static_cast<jint>(memory))) {
+    c.Log().Error(WSTR("Failed to set total memory on the Java desktop object.  %s"), *failure);
+    return nullptr;
+  }
+
+  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& records = adapters.Records();
+  for (const HostNetworkInterfaceRecord& record : records) {
+    std::shared_ptr<CJavaObject> adapter = GetNetworkInterface(c, record);
+    if (!adapter) continue;
+    if (std::optional<WString> failure = c.Call(*desktop, "addNetworkInterface", *adapter)) {
+      c.Log().Error(WSTR("Failed to add network interface '%s' to the Java desktop object.  %s"),
+                    WString(View(record.description)), *failure);
+    }
+  }
+  return desktop;
+}
+
+}  // namespace tarnix::convert
