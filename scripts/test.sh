@@ -24,7 +24,9 @@ echo "== Linux build"
 cmake --preset linux >/dev/null && cmake --build --preset linux || { echo "0 passed, 1 failed"; exit 1; }
 run_ctest linux build/linux
 if [ -f build/linux/CTestTestfile.cmake ] && grep -rq 'jvm' build/linux/tests 2>/dev/null; then
-  TARNIX_JVM_OPTIONS="-Xcheck:jni" run_ctest linux-xcheck-jni build/linux -L jvm
+  # The JVM reads JAVA_TOOL_OPTIONS when it is created, so the component's own options
+  # stay as they are; each test appends its crash-log option to this.
+  JAVA_TOOL_OPTIONS="-Xcheck:jni" run_ctest linux-xcheck-jni build/linux -L jvm
 fi
 
 echo "== Windows build (under Wine)"

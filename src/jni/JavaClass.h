@@ -4,6 +4,7 @@
 
 #include "jni/GlobalRef.h"
 #include "jni/JavaArgument.h"
+#include "jni/JavaObject.h"
 
 #include "platform/Win32.h"
 
@@ -16,7 +17,6 @@
 #include <string_view>
 
 class CJavaVM;
-class CJavaObject;
 
 // One row of a class's method table. A constructor's alias is "ctor(" + its Java
 // parameter names + ")", its name "<init>"; a method's alias is its Java name.

@@ -4,6 +4,7 @@
 
 #include "jni/GlobalRef.h"
 #include "jni/JavaArgument.h"
+#include "jni/JavaString.h"
 #include "jni/LocalRef.h"
 
 #include <jni.h>
@@ -13,7 +14,6 @@
 
 class CJavaVM;
 class CJavaClass;
-class CJavaString;
 
 class CJavaObject {
  public:

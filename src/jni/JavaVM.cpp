@@ -14,6 +14,15 @@ CJavaVM::CJavaVM(const WString& runtimeDirectory)
       runtimeLibraryPath_(runtimeDirectory + tarnix::platform::kRuntimeLibrary) {}
 
 CJavaVM::~CJavaVM() {
+  ForgetClassesAndThreads();
+  if (vm_) {
+    vm_->DestroyJavaVM();
+    vm_ = nullptr;
+  }
+  library_.Free();
+}
+
+void CJavaVM::ForgetClassesAndThreads() {
   // Classes delete their global references while the machine still exists and the
   // threads are still known; their destructors must not run under the class lock.
   decltype(classes_) classes;
@@ -22,14 +31,17 @@ CJavaVM::~CJavaVM() {
     classes.swap(classes_);
   }
   classes.clear();
-  {
-    std::lock_guard<std::mutex> lock(environmentLock_);
-    threads_.clear();
-  }
-  if (vm_) {
-    vm_->DestroyJavaVM();
-    vm_ = nullptr;
-  }
+  std::lock_guard<std::mutex> lock(environmentLock_);
+  threads_.clear();
+}
+
+void CJavaVM::Unload() {
+  ForgetClassesAndThreads();
+  // The JVM goes on running on its own threads; unmapping its code under them would
+  // bring the host down.
+  if (vm_) library_.Pin();
+  vm_ = nullptr;
+  creatingThread_ = 0;
   library_.Free();
 }
 
@@ -96,6 +108,9 @@ LONG CJavaVM::DetachCurrentThread() {
   // without the thread that made it.
   if (thread == creatingThread_) return 0;
   if (!vm_) return JNI_ERR;
+  // An exception nobody read would go to the thread's uncaught-exception handler on the
+  // way out and be printed into the host's output.
+  if (JNIEnv* env = GetEnv(); env && env->ExceptionCheck()) env->ExceptionClear();
   const jint result = vm_->DetachCurrentThread();
   if (result != JNI_OK) return result;
   std::lock_guard<std::mutex> lock(environmentLock_);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "jni/JavaClass.h"
+#include "jni/JavaString.h"
 #include "jni/RuntimeLibrary.h"
 
 #include "platform/Win32.h"
@@ -17,7 +18,6 @@
 #include <string_view>
 #include <vector>
 
-class CJavaString;
 
 class CJavaVM {
  public:
@@ -73,6 +73,11 @@ class CJavaVM {
   // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
   bool GetExceptionText(WString& out);
 
+  // Lets go of the machine without destroying it, for a host that is shutting down: the
+  // classes and the thread map are emptied and the runtime library's handle is freed. A
+  // running JVM cannot lose its code, so its library stays mapped until the process ends.
+  void Unload();
+
   // Deletes a global reference from whatever thread releases it.
   void DeleteGlobalRef(jobject ref);
 
@@ -84,6 +89,7 @@ class CJavaVM {
 
  private:
   void Register(JNIEnv* env);
+  void ForgetClassesAndThreads();
   bool IsRegistered();
 
   WString dllDirectory_;

@@ -44,6 +44,14 @@ CreateJavaVMFunction RuntimeLibrary::GetCreateJavaVM() const {
   return reinterpret_cast<CreateJavaVMFunction>(entry);
 }
 
+bool RuntimeLibrary::Pin() const {
+  const CreateJavaVMFunction inside = GetCreateJavaVM();
+  if (!inside) return false;
+  HMODULE pinned = nullptr;
+  return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                            reinterpret_cast<LPCWSTR>(inside), &pinned) != FALSE;
+}
+
 void RuntimeLibrary::Free() {
   if (module_) {
     FreeLibrary(module_);

@@ -24,6 +24,8 @@ class RuntimeLibrary {
   // JNI_CreateJavaVM of the loaded module; null (last error set) when it lacks one.
   CreateJavaVMFunction GetCreateJavaVM() const;
   void Free();
+  // Keeps the library mapped until the process ends, whatever frees it later.
+  bool Pin() const;
 
   HMODULE Get() const { return module_; }
 

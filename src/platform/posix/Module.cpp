@@ -70,6 +70,38 @@ BOOL FreeLibrary(HMODULE module) {
   return TRUE;
 }
 
+BOOL GetModuleHandleExW(DWORD flags, LPCWSTR moduleName, HMODULE* module) {
+  if (!module) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return FALSE;
+  }
+  *module = nullptr;
+  std::string path;
+  if (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) {
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<const void*>(moduleName), &info) || !info.dli_fname) {
+      SetLastError(ERROR_MOD_NOT_FOUND);
+      return FALSE;
+    }
+    path = info.dli_fname;
+  } else if (moduleName) {
+    path = tarnix::WideToUtf8(moduleName);
+  }
+  int mode = RTLD_NOW | RTLD_NOLOAD;
+  if (flags & GET_MODULE_HANDLE_EX_FLAG_PIN) mode |= RTLD_NODELETE;
+  void* handle = dlopen(path.empty() ? nullptr : path.c_str(), mode);
+  if (!handle) {
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return FALSE;
+  }
+  // Windows counts a reference unless told not to; a pinned library needs none.
+  if (flags & (GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT | GET_MODULE_HANDLE_EX_FLAG_PIN)) {
+    dlclose(handle);
+  }
+  *module = static_cast<HMODULE>(handle);
+  return TRUE;
+}
+
 BOOL SetDllDirectoryW(LPCWSTR directory) {
   std::lock_guard<std::mutex> lock(g_dllDirectoryLock);
   g_dllDirectory = directory ? WString(directory) : WString();

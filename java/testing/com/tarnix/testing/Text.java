@@ -45,4 +45,12 @@ public final class Text {
     }
     return text.append('}').toString();
   }
+
+  /** The native side's rendering of a throwable: toString(), then "\r\n\t" and each frame. */
+  public static String throwableText(Throwable t) {
+    String first = t.toString();
+    StringBuilder text = new StringBuilder(first == null ? "" : first);
+    for (StackTraceElement frame : t.getStackTrace()) text.append("\r\n\t").append(frame);
+    return text.toString();
+  }
 }

@@ -1,0 +1,145 @@
+// The text of Java exceptions, read on the real JDK.
+#include "JvmTestSupport.h"
+#include "ProbeClass.h"
+
+#include "jni/ExceptionText.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
+#include "jni/LocalRef.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tarnix::testing;
+
+class ExceptionTextTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    machine_ = CreateTestMachine();
+    ASSERT_TRUE(machine_);
+    env_ = machine_->GetEnv();
+    auto probeClass = machine_->LoadClass(kProbe, kProbeMethods);
+    ASSERT_TRUE(probeClass);
+    probe_ = probeClass->NewObject("ctor()");
+    ASSERT_TRUE(probe_);
+  }
+
+  // Java's own rendering of the pending throwable, made after the bridge has read it.
+  struct Reading {
+    bool pending = false;
+    std::string text;
+    std::string javasOwn;
+  };
+  Reading Read(WString text = WString()) {
+    Reading reading;
+    tarnix::LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
+    reading.pending = machine_->GetExceptionText(text);
+    reading.text = Narrow(text);
+    EXPECT_FALSE(env_->ExceptionCheck()) << "the text was read but the exception stays";
+    if (thrown) {
+      JNIEnv* env = env_;
+      tarnix::LocalRef<jclass> type(env, env->FindClass("com/tarnix/testing/Text"));
+      const jmethodID render = env->GetStaticMethodID(
+          type.Get(), "throwableText", "(Ljava/lang/Throwable;)Ljava/lang/String;");
+      tarnix::LocalRef<jstring> own(
+          env, static_cast<jstring>(env->CallStaticObjectMethod(type.Get(), render, thrown.Get())));
+      if (env->ExceptionCheck()) {  // a toString() that throws renders nowhere
+        env->ExceptionClear();
+        return reading;
+      }
+      const char* chars = env->GetStringUTFChars(own.Get(), nullptr);
+      reading.javasOwn = chars;
+      env->ReleaseStringUTFChars(own.Get(), chars);
+    }
+    return reading;
+  }
+
+  void Throw(const char* alias, const WCHAR* message = nullptr) {
+    if (message) {
+      probe_->CallVoidMethod(alias, machine_->NewString(message));
+    } else {
+      probe_->CallVoidMethod(alias);
+    }
+    ASSERT_TRUE(env_->ExceptionCheck());
+  }
+
+  std::shared_ptr<CJavaVM> machine_;
+  JNIEnv* env_ = nullptr;
+  std::shared_ptr<CJavaObject> probe_;
+};
+
+TEST_F(ExceptionTextTest, NothingPendingLeavesTheTextAlone) {
+  WString text = WSTR("kept");
+  EXPECT_FALSE(machine_->GetExceptionText(text));
+  EXPECT_EQ(text, WSTR("kept"));
+}
+
+TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
+  Throw("throwWithFrames", WSTR("boom"));
+  const Reading reading = Read(WSTR("replaced"));
+  EXPECT_TRUE(reading.pending);
+  EXPECT_EQ(reading.text, reading.javasOwn);
+  EXPECT_EQ(reading.text.rfind("java.lang.IllegalStateException: boom\r\n\t"
+                               "com.tarnix.testing.Probe.level2(Probe.java:",
+                               0),
+            0u)
+      << reading.text;
+  EXPECT_NE(reading.text.find("\r\n\tcom.tarnix.testing.Probe.level1(Probe.java:"),
+            std::string::npos);
+  EXPECT_NE(reading.text.find("\r\n\tcom.tarnix.testing.Probe.throwWithFrames(Probe.java:"),
+            std::string::npos);
+}
+
+TEST_F(ExceptionTextTest, EmptyStackGivesTheFirstLineAlone) {
+  Throw("throwWithoutStack", WSTR("quiet"));
+  const Reading reading = Read();
+  EXPECT_EQ(reading.text, "java.lang.IllegalStateException: quiet");
+}
+
+TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
+  Throw("throwNullText");
+  Reading reading = Read();
+  EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwNullText(Probe.java:", 0), 0u)
+      << reading.text;
+  EXPECT_EQ(reading.text, reading.javasOwn);
+
+  // A toString() that throws in turn is as good as none, and its exception goes too.
+  Throw("throwBrokenText");
+  reading = Read();
+  EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0),
+            0u)
+      << reading.text;
+}
+
+TEST_F(ExceptionTextTest, MessageTextPassesThroughTheThreadCodePage) {
+  Throw("throwWithoutStack", WSTR("Grüße \u20AC"));
+  EXPECT_EQ(Read().text, "java.lang.IllegalStateException: Grüße \u20AC");
+}
+
+TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
+  probe_->CallVoidMethod("throwNamed", machine_->NewString(WSTR("java.rmi.ConnectException")),
+                         machine_->NewString(WSTR("Connection refused to host: 127.0.0.1")));
+  WString remote;
+  ASSERT_TRUE(machine_->GetExceptionText(remote));
+  EXPECT_EQ(Narrow(remote).rfind("java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0), 0u);
+  EXPECT_TRUE(IsRemoteFailureText(remote));
+
+  probe_->CallVoidMethod("throwNamed", machine_->NewString(WSTR("java.lang.NullPointerException")),
+                         nullptr);
+  WString local;
+  ASSERT_TRUE(machine_->GetExceptionText(local));
+  EXPECT_EQ(Narrow(local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
+  EXPECT_FALSE(IsRemoteFailureText(local));
+}
+
+TEST_F(ExceptionTextTest, ReadingManyExceptionsKeepsTheFrameSmall) {
+  // The JVM's JNI checks (the suite's second pass) report locals that pile up.
+  for (int i = 0; i < 300; ++i) {
+    Throw("throwWithFrames", WSTR("again"));
+    WString text;
+    ASSERT_TRUE(machine_->GetExceptionText(text));
+  }
+}
+
+}  // namespace

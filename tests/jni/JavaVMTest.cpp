@@ -1,0 +1,68 @@
+// The machine on the real JDK: creation, the creating thread, tear-down.
+#include "JvmTestSupport.h"
+#include "LoadedModule.h"
+#include "ProbeClass.h"
+#include "TestPaths.h"
+
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tarnix::testing;
+
+TEST(JavaVM, SecondCreateIsANoOpAndTheCreatingThreadStaysAttached) {
+  auto machine = CreateTestMachine();
+  ASSERT_TRUE(machine);
+  JNIEnv* env = machine->GetEnv();
+  ASSERT_NE(env, nullptr);
+
+  // An option the JVM would refuse shows that the second list is never looked at.
+  EXPECT_EQ(machine->Create({"-XX:+NoSuchOption"}), 0);
+  EXPECT_EQ(machine->AttachCurrentThread(), 0);
+  EXPECT_EQ(machine->DetachCurrentThread(), 0);
+  EXPECT_EQ(machine->GetEnv(), env);
+
+  JNIEnv* jvmsOwn = nullptr;
+  ASSERT_EQ(machine->GetJavaVM()->GetEnv(reinterpret_cast<void**>(&jvmsOwn), JNI_VERSION_1_6),
+            JNI_OK);
+  EXPECT_EQ(jvmsOwn, env);
+}
+
+TEST(JavaVM, EmptyOptionsStartTheJvm) {
+  CJavaVM machine(TARNIX_TEST_JAVA_HOME);
+  ASSERT_EQ(machine.Create({}), 0);
+  EXPECT_NE(machine.GetEnv(), nullptr);
+}
+
+TEST(JavaVM, RefusedOptionGivesTheJniCode) {
+  CJavaVM machine(TARNIX_TEST_JAVA_HOME);
+  EXPECT_EQ(machine.Create({"-XX:+NoSuchOption"}), JNI_EINVAL);
+  EXPECT_EQ(machine.GetEnv(), nullptr);
+  EXPECT_EQ(machine.GetCreatingThread(), 0u);
+}
+
+TEST(JavaVM, TearDownAfterUseDestroysTheJvm) {
+  WString library;
+  {
+    auto machine = CreateTestMachine();
+    ASSERT_TRUE(machine);
+    library = machine->GetRuntimeLibraryPath();
+    EXPECT_TRUE(IsModuleLoaded(library));
+    auto probe = machine->LoadClass(kProbe, kProbeMethods);
+    ASSERT_TRUE(probe);
+    auto object = probe->NewObject("ctor(time)", jlong{12});
+    ASSERT_TRUE(object);
+    auto text = machine->NewString(WSTR("kept past the call"));
+    ASSERT_TRUE(text);
+    // Objects and strings go before the machine, as the component's owners arrange.
+    object.reset();
+    text.reset();
+    probe.reset();
+  }
+  SUCCEED() << "the JVM came down without hanging";
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+// Host threads entering the real JDK through the bridge.
+#include "JvmTestSupport.h"
+#include "ProbeClass.h"
+
+#include "jni/ClassTable.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace tarnix::testing;
+
+// What the JVM itself says about the calling thread, not the machine's map.
+bool AttachedToJvm(CJavaVM& machine) {
+  JNIEnv* env = nullptr;
+  return machine.GetJavaVM()->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6) == JNI_OK;
+}
+
+class ThreadTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    machine_ = CreateTestMachine();
+    ASSERT_TRUE(machine_);
+    probeClass_ = machine_->LoadClass(kProbe, kProbeMethods);
+    ASSERT_TRUE(probeClass_);
+  }
+
+  std::shared_ptr<CJavaVM> machine_;
+  std::shared_ptr<CJavaClass> probeClass_;
+};
+
+TEST_F(ThreadTest, GuardDetachesOnEveryPathEvenWithAJavaExceptionUnread) {
+  std::thread([&] {
+    {
+      auto guard = machine_->AttachForScope();
+      ASSERT_TRUE(guard);
+      EXPECT_TRUE(AttachedToJvm(*machine_));
+      auto probe = probeClass_->NewObject("ctor()");
+      ASSERT_TRUE(probe);
+      auto message = machine_->NewString(WSTR("left unread"));
+      probe->CallVoidMethod("throwWithFrames", message);
+      EXPECT_TRUE(machine_->GetEnv()->ExceptionCheck());
+      // Locals made in the scope go before the guard, as declared after it.
+    }
+    EXPECT_FALSE(AttachedToJvm(*machine_));
+    EXPECT_EQ(machine_->GetEnv(), nullptr);
+
+    try {
+      auto guard = machine_->AttachForScope();
+      auto probe = probeClass_->NewObject("ctor()");
+      throw std::runtime_error("the host's own failure");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_FALSE(AttachedToJvm(*machine_));
+  }).join();
+}
+
+TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
+  const tarnix::classes::ClassTableRow* metricRow =
+      tarnix::classes::FindClassTableRow(tarnix::classes::kBaseMetric);
+  auto shared = probeClass_->NewObject("ctor()");
+  ASSERT_TRUE(shared);
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 200;
+  std::atomic<int> wrong{0};
+  std::atomic<int> stillAttached{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < kRounds; ++round) {
+        auto guard = machine_->AttachForScope();
+        // Everyone races to load the same class; all get the one cached object.
+        auto metric = machine_->LoadClass(metricRow->name, metricRow->methods, metricRow->count);
+        if (!metric || metric != machine_->GetClass(metricRow->name)) ++wrong;
+        const std::string mine = std::to_string(t) + "/" + std::to_string(round);
+        auto text = machine_->NewString(WString(mine.begin(), mine.end()));
+        auto value = metric ? metric->NewObject("ctor(name)", text) : nullptr;
+        if (value) value->CallVoidMethod("putLongValue", round);
+        WString echoed;
+        if (!shared->CallStringMethod("echo", text)->GetText(echoed) ||
+            echoed != WString(mine.begin(), mine.end())) {
+          ++wrong;
+        }
+        WString unexpected;
+        if (machine_->GetExceptionText(unexpected)) ++wrong;
+      }
+      if (AttachedToJvm(*machine_)) ++stillAttached;
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(wrong.load(), 0);
+  EXPECT_EQ(stillAttached.load(), 0);
+  EXPECT_NE(machine_->GetEnv(), nullptr);
+}
+
+}  // namespace

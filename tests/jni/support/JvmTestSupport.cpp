@@ -1,0 +1,157 @@
+#include "JvmTestSupport.h"
+
+#include "TestPaths.h"
+
+#include "jni/LocalRef.h"
+
+#include "platform/WideText.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnix::testing {
+
+std::vector<std::string> StandInOptions() {
+  return {std::string("-Djava.class.path=") + TARNIX_TEST_CLASSPATH, "-Xrs", "-Xmx100M"};
+}
+
+std::shared_ptr<CJavaVM> CreateTestMachine() {
+  auto machine = std::make_shared<CJavaVM>(TARNIX_TEST_JAVA_HOME);
+  const LONG result = machine->Create(StandInOptions());
+  EXPECT_EQ(result, 0) << "the JVM of " << Narrow(TARNIX_TEST_JAVA_HOME) << " did not start";
+  return result == 0 ? machine : nullptr;
+}
+
+std::string Narrow(const WString& text) { return WideToUtf8(text); }
+
+JNIEnv* JavaControl::Env() {
+  JNIEnv* env = machine_.GetEnv();
+  EXPECT_NE(env, nullptr) << "test controls called on an unattached thread";
+  // Also the check JNI asks for after every call into Java.
+  if (env && env->ExceptionCheck()) {
+    env->ExceptionDescribe();
+    env->ExceptionClear();
+    ADD_FAILURE() << "a Java exception was pending when the test looked";
+  }
+  return env;
+}
+
+jstring JavaControl::Java(const std::string& text) {
+  const WString wide = Utf8ToWide(text);
+  return Env()->NewString(reinterpret_cast<const jchar*>(wide.data()),
+                          static_cast<jsize>(wide.size()));
+}
+
+std::string JavaControl::Text(jstring string) {
+  if (!string) return "<null>";
+  JNIEnv* env = Env();
+  const jsize length = env->GetStringLength(string);
+  WString wide(static_cast<size_t>(length), WCHAR{0});
+  env->GetStringRegion(string, 0, length, reinterpret_cast<jchar*>(&wide[0]));
+  return WideToUtf8(wide);
+}
+
+void JavaControl::CallStatic(const char* className, const char* method, const char* signature,
+                             std::vector<jvalue> arguments) {
+  JNIEnv* env = Env();
+  if (!env) return;
+  LocalRef<jclass> type(env, env->FindClass(className));
+  ASSERT_TRUE(type) << className;
+  const jmethodID id = env->GetStaticMethodID(type.Get(), method, signature);
+  ASSERT_NE(id, nullptr) << className << "." << method;
+  env->CallStaticVoidMethodA(type.Get(), id, arguments.data());
+  if (env->ExceptionCheck()) {
+    env->ExceptionDescribe();
+    env->ExceptionClear();
+    ADD_FAILURE() << className << "." << method << " threw";
+  }
+}
+
+std::string JavaControl::CallStaticString(const char* className, const char* method,
+                                          const char* signature, std::vector<jvalue> arguments) {
+  JNIEnv* env = Env();
+  if (!env) return {};
+  LocalRef<jclass> type(env, env->FindClass(className));
+  if (!type) {
+    ADD_FAILURE() << className;
+    return {};
+  }
+  const jmethodID id = env->GetStaticMethodID(type.Get(), method, signature);
+  if (!id) {
+    ADD_FAILURE() << className << "." << method;
+    return {};
+  }
+  LocalRef<jstring> text(
+      env, static_cast<jstring>(env->CallStaticObjectMethodA(type.Get(), id, arguments.data())));
+  if (env->ExceptionCheck()) {
+    env->ExceptionClear();
+    ADD_FAILURE() << className << "." << method << " threw";
+    return {};
+  }
+  return Text(text.Get());
+}
+
+namespace {
+constexpr const char* kFaults = "com/tarnix/testing/Faults";
+constexpr const char* kCalls = "com/tarnix/testing/Calls";
+constexpr const char* kAnswers = "com/tarnix/testing/Answers";
+constexpr const char* kText = "com/tarnix/testing/Text";
+
+jvalue Object(jobject object) {
+  jvalue value{};
+  value.l = object;
+  return value;
+}
+jvalue Int(jint number) {
+  jvalue value{};
+  value.i = number;
+  return value;
+}
+}  // namespace
+
+void JavaControl::ThrowIn(const std::string& where, const std::string& exceptionClass,
+                          const std::string& message) {
+  JNIEnv* env = Env();
+  LocalRef<jstring> a(env, Java(where)), b(env, Java(exceptionClass)), c(env, Java(message));
+  CallStatic(kFaults, "throwIn", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V",
+             {Object(a.Get()), Object(b.Get()), Object(c.Get())});
+}
+
+void JavaControl::ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
+                             const std::string& message) {
+  JNIEnv* env = Env();
+  LocalRef<jstring> a(env, Java(where)), b(env, Java(exceptionClass)), c(env, Java(message));
+  CallStatic(kFaults, "throwOnHit",
+             "(Ljava/lang/String;ILjava/lang/String;Ljava/lang/String;)V",
+             {Object(a.Get()), Int(nth), Object(b.Get()), Object(c.Get())});
+}
+
+void JavaControl::ClearFaults() { CallStatic(kFaults, "clear", "()V", {}); }
+
+void JavaControl::SetAnswer(const std::string& method, const std::optional<std::string>& text) {
+  JNIEnv* env = Env();
+  LocalRef<jstring> name(env, Java(method));
+  LocalRef<jstring> answer(env, text ? Java(*text) : nullptr);
+  CallStatic(kAnswers, "set", "(Ljava/lang/String;Ljava/lang/String;)V",
+             {Object(name.Get()), Object(answer.Get())});
+}
+
+std::vector<std::string> JavaControl::Calls() {
+  std::vector<std::string> calls;
+  JNIEnv* env = Env();
+  if (!env) return calls;
+  LocalRef<jclass> type(env, env->FindClass(kCalls));
+  const jmethodID count = env->GetStaticMethodID(type.Get(), "count", "()I");
+  const jint n = env->CallStaticIntMethod(type.Get(), count);
+  for (jint i = 0; i < n; ++i) {
+    calls.push_back(CallStaticString(kCalls, "get", "(I)Ljava/lang/String;", {Int(i)}));
+  }
+  return calls;
+}
+
+void JavaControl::ClearCalls() { CallStatic(kCalls, "clear", "()V", {}); }
+
+std::string JavaControl::Describe(jobject object) {
+  return CallStaticString(kText, "of", "(Ljava/lang/Object;)Ljava/lang/String;", {Object(object)});
+}
+
+}  // namespace tarnix::testing

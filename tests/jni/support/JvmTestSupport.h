@@ -1,0 +1,64 @@
+// A real JVM on the stand-in jars for tests, and the stand-ins' test controls
+// (com.tarnix.testing): recorded calls, answers of the message client, injected faults.
+#pragma once
+
+#include "jni/JavaVM.h"
+
+#include "platform/Win32.h"
+
+#include <jni.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnix::testing {
+
+// The component's own machine options on the stand-ins' class path.
+std::vector<std::string> StandInOptions();
+
+// A machine made on the calling thread from the JDK the build uses; fails the test
+// (and answers null) when it cannot be made. One per process: a JVM cannot be made twice.
+std::shared_ptr<CJavaVM> CreateTestMachine();
+
+// Calls on the stand-ins' test controls through raw JNI, on the calling (attached)
+// thread. Text crosses as UTF-8. Each call fails the test on a Java exception.
+class JavaControl {
+ public:
+  explicit JavaControl(CJavaVM& machine) : machine_(machine) {}
+
+  // Place is "<Class>.<method>" or "<Class>.<init>"; every hit throws a new
+  // exceptionClass(message), or only the nth (from 1).
+  void ThrowIn(const std::string& where, const std::string& exceptionClass,
+               const std::string& message);
+  void ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
+                  const std::string& message);
+  void ClearFaults();
+
+  // What the message client's method answers; nullopt answers null.
+  void SetAnswer(const std::string& method, const std::optional<std::string>& text);
+
+  // The calls that reached the stand-ins, oldest first, as "method(arg, ...)".
+  std::vector<std::string> Calls();
+  void ClearCalls();
+
+  // describe() of a data-model stand-in.
+  std::string Describe(jobject object);
+
+ private:
+  JNIEnv* Env();
+  void CallStatic(const char* className, const char* method, const char* signature,
+                  std::vector<jvalue> arguments);
+  std::string CallStaticString(const char* className, const char* method,
+                               const char* signature, std::vector<jvalue> arguments);
+  jstring Java(const std::string& text);
+  std::string Text(jstring string);
+
+  CJavaVM& machine_;
+};
+
+// UTF-8 of wide text, for readable assertions.
+std::string Narrow(const WString& text);
+
+}  // namespace tarnix::testing
