@@ -20,3 +20,46 @@ function(tarnix_add_test name)
     DISCOVERY_TIMEOUT 120
     PROPERTIES LABELS "${T_LABELS}")
 endfunction()
+
+# tarnix_discovered_test_properties(<target> [LABELS <label>...]
+#                                   [ENVIRONMENT_MODIFICATION <value>]
+#                                   [FAIL_REGULAR_EXPRESSION <value>])
+# Sets properties on every test gtest_discover_tests finds in <target>. Passed through
+# gtest_discover_tests, a list value (several labels) is flattened into separate
+# arguments; this applies them after discovery instead, to the test names that discovery
+# leaves in <target>_TESTS.
+function(tarnix_discovered_test_properties target)
+  cmake_parse_arguments(P "" "ENVIRONMENT_MODIFICATION;FAIL_REGULAR_EXPRESSION" "LABELS" ${ARGN})
+  set(script "if(DEFINED ${target}_TESTS)\n  set_tests_properties(\${${target}_TESTS} PROPERTIES")
+  foreach(property LABELS ENVIRONMENT_MODIFICATION FAIL_REGULAR_EXPRESSION)
+    if(DEFINED P_${property})
+      string(APPEND script "\n    ${property} [==[${P_${property}}]==]")
+    endif()
+  endforeach()
+  string(APPEND script ")\nendif()\n")
+  set(file "${CMAKE_CURRENT_BINARY_DIR}/${target}_properties.cmake")
+  file(WRITE "${file}" "${script}")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${file}")
+endfunction()
+
+# tarnix_add_jvm_test(<name> SOURCES ... [LIBRARIES ...] [LABELS ...])
+# A suite that starts a real JVM (label "jvm"). Each test process leaves a crash log in
+# the build folder, and a test fails on any complaint of the JVM's JNI checks, which the
+# second pass of scripts/test.sh switches on through JAVA_TOOL_OPTIONS. There is no Java
+# runtime for the Windows build here, so such suites are native only.
+function(tarnix_add_jvm_test name)
+  cmake_parse_arguments(T "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  if(WIN32)
+    return()
+  endif()
+  add_executable(${name} ${T_SOURCES})
+  target_link_libraries(${name} PRIVATE ${T_LIBRARIES} GTest::gtest GTest::gtest_main)
+  add_dependencies(${name} tarnix_agent_jars)
+  gtest_discover_tests(${name}
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 120)
+  tarnix_discovered_test_properties(${name}
+    LABELS jvm ${T_LABELS}
+    ENVIRONMENT_MODIFICATION "JAVA_TOOL_OPTIONS=string_append: -XX:ErrorFile=${CMAKE_BINARY_DIR}/hs_err_%p.log"
+    FAIL_REGULAR_EXPRESSION "WARNING in native method|FATAL ERROR in native method|WARNING: JNI local refs")
+endfunction()
