@@ -114,6 +114,11 @@ TEST(Kernel, HeapBlocksCanBeZeroed) {
   auto* block = static_cast<BYTE*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, 64));
   ASSERT_NE(block, nullptr);
   for (int k = 0; k < 64; ++k) EXPECT_EQ(block[k], 0) << k;
+  block[0] = 7;
+  block = static_cast<BYTE*>(HeapReAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, block, 4096));
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(block[0], 7);
+  for (int k = 1; k < 4096; ++k) ASSERT_EQ(block[k], 0) << k;
   EXPECT_TRUE(HeapFree(GetProcessHeap(), 0, block));
   EXPECT_TRUE(HeapFree(GetProcessHeap(), 0, nullptr));
   HLOCAL local = LocalAlloc(LPTR, 16);

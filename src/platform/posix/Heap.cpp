@@ -2,7 +2,10 @@
 // the other, as on Windows where both end in the same heap.
 #include "platform/Win32.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 // Any non-null value serves: the heap argument is not used.
@@ -18,8 +21,11 @@ LPVOID HeapAlloc(HANDLE hHeap, DWORD dwFlags, SIZE_T dwBytes) {
 
 LPVOID HeapReAlloc(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem, SIZE_T dwBytes) {
   if (!lpMem) return nullptr;
-  // Zeroing the new tail would need the old size, which the C heap does not tell.
-  return std::realloc(lpMem, dwBytes ? dwBytes : 1);
+  // The block's usable size stands for its old size: the C heap keeps no other.
+  const SIZE_T before = malloc_usable_size(lpMem);
+  auto* block = static_cast<char*>(std::realloc(lpMem, dwBytes ? dwBytes : 1));
+  if (block && (dwFlags & HEAP_ZERO_MEMORY) && dwBytes > before) std::memset(block + before, 0, dwBytes - before);
+  return block;
 }
 
 BOOL HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem) {
