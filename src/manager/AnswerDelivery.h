@@ -1,0 +1,21 @@
+// What becomes of the message server's answer to a call: the host's callbacks receive
+// answers to the start-up and logon messages, its action executor the answers to samples,
+// extended data and desktop polls. Other answers are dropped.
+#pragma once
+
+#include "common/HostLog.h"
+#include "platform/Win32.h"
+
+class CRMICommManagerImpl;
+
+namespace tarnix {
+
+// The name of the event that makes the host's engine fetch its policy again.
+inline constexpr const WCHAR* kPolicyUpdateEventName = WSTR("BrixAgent_Engine_ForcePolicyUpdate");
+
+// Answers the result of whoever took the answer, or `unhandledResult` when nobody does.
+HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* first,
+                      const WCHAR* second, const WCHAR* third, unsigned char dataType,
+                      const WString& text, HRESULT unhandledResult);
+
+}  // namespace tarnix

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Win32.h"
+
+#include <tuple>
+
+namespace tarnix {
+
+// The three strings of a manager call. They name the message server a call is meant for,
+// and the host registers its callbacks under them.
+struct CallbackKey {
+  WString first;
+  WString second;
+  WString third;
+
+  // A null string is held as empty.
+  static CallbackKey From(const WCHAR* first, const WCHAR* second, const WCHAR* third) {
+    return {Held(first), Held(second), Held(third)};
+  }
+  static WString Held(const WCHAR* text) { return text ? WString(text) : WString(); }
+
+  // Code unit by code unit, first string first: no locale and no case folding, so two
+  // keys are the same key only when the host passed the same texts.
+  friend bool operator<(const CallbackKey& a, const CallbackKey& b) {
+    return std::tie(a.first, a.second, a.third) < std::tie(b.first, b.second, b.third);
+  }
+  friend bool operator==(const CallbackKey& a, const CallbackKey& b) {
+    return std::tie(a.first, a.second, a.third) == std::tie(b.first, b.second, b.third);
+  }
+};
+
+}  // namespace tarnix

@@ -1,0 +1,86 @@
+// The communication manager behind the exported facade: it starts the Java side on first
+// use, keeps the message server configuration of the Java client current, routes every
+// piece of host data to the client and hands the server's answers back to the host.
+#pragma once
+
+#include "common/HostLog.h"
+#include "manager/CallbackKey.h"
+#include "manager/CallbackRegistry.h"
+#include "manager/ManagerState.h"
+#include "platform/ComPtr.h"
+#include "platform/Win32.h"
+#include "tarnix/HostInterfaces.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+class CJavaVM;
+class CJavaObject;
+
+class CRMICommManagerImpl {
+ public:
+  // Starts nothing: no Java, no logger, no host interface until the first DumpData.
+  CRMICommManagerImpl();
+  // Makes no Java call and destroys no Java machine (see the definition for why).
+  ~CRMICommManagerImpl();
+  CRMICommManagerImpl(const CRMICommManagerImpl&) = delete;
+  CRMICommManagerImpl& operator=(const CRMICommManagerImpl&) = delete;
+
+  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third, ULONGLONG number,
+                unsigned char dataType, IUnknown* data);
+
+  // Starts the Java side on the first call, then pushes the server configuration into the
+  // Java client when it differs from the last one pushed. S_FALSE when it did not differ.
+  LONG SetCurrentServerConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
+
+  // The host's callbacks; they work in every state and never start Java.
+  LONG Register(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                IDataDumpCallback* callback);
+  LONG Unregister(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                  IDataDumpCallback* callback);
+  // Calls every callback of the key (or of the only key there is) with the answer text.
+  // E_FAIL when there is none to call.
+  LONG CallCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                    unsigned char dataType, const WCHAR* text);
+
+  // The Java start-up. Attempted once: a second call answers S_OK without doing anything,
+  // also after a failure.
+  HRESULT Initialize();
+  // Disposes of the Java client and lets go of the Java side. Runs on the thread that
+  // started Java, as that thread ends.
+  LONG Teardown();
+
+  ManagerState GetState() const { return static_cast<ManagerState>(state_.load()); }
+  std::shared_ptr<CJavaVM> GetJavaVM() const;
+  std::shared_ptr<CJavaObject> GetMessageClient() const;
+  const tarnix::HostLog& Log() const { return log_; }
+
+ private:
+  // Runs the one start-up attempt, or refuses when the state says there is no Java side.
+  HRESULT EnsureStarted();
+  HRESULT StartUp();
+  void ArmCleaner();
+  HRESULT PushServerConfig(const tarnix::CallbackKey& config);
+  bool IsCurrentConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
+  HRESULT StartLoggerFactory();
+  HRESULT StartMessageClient();
+  // At unload the Java side is left to the process as it is; see the destructor.
+  void AbandonJava();
+
+  std::shared_ptr<CJavaVM> javaVM_;
+  std::shared_ptr<CJavaObject> messageClient_;
+  // The Java logger factory start-up makes: the Java client logs through it.
+  std::shared_ptr<CJavaObject> loggerFactory_;
+  mutable std::recursive_mutex lock_;
+  tarnix::HostLog log_;
+  tarnix::ComPtr<ISystemInfo> systemInfo_;
+  std::atomic<uint16_t> state_{eStateNotInitialized};
+  tarnix::CallbackRegistry callbacks_;
+  // The configuration last pushed into the Java client.
+  tarnix::CallbackKey currentConfig_;
+  // Expires with this object, so that a starting thread that outlives it (a library
+  // unloaded while that thread still runs) does not tear down a destroyed manager.
+  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+};

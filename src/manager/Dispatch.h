@@ -1,0 +1,47 @@
+// One DumpData's way to the Java client: which message carries data of each type, and
+// what it takes to send it.
+#pragma once
+
+#include "common/HostLog.h"
+#include "manager/ClientIdentity.h"
+#include "platform/Win32.h"
+#include "tarnix/DataInterfaces.h"
+
+#include <memory>
+
+class CJavaVM;
+class CJavaObject;
+class CJavaString;
+
+namespace tarnix {
+
+// Everything the message for one call is made from. Lives for that call only.
+struct DispatchCall {
+  const std::shared_ptr<CJavaVM>& machine;
+  const CJavaObject& client;
+  const HostLog& log;
+  ISystemInfo* systemInfo;
+  const ClientIdentity& identity;
+  ULONGLONG number;
+  unsigned char dataType;
+  IUnknown* data;
+  // The data object's user session; null when it is not one.
+  IHostUserSession* session;
+};
+
+// What sending gave: a failure before the Java client was reached, or the client's
+// answer (empty for messages without one; the Java string may be null).
+struct DispatchOutcome {
+  HRESULT result = S_OK;
+  std::shared_ptr<CJavaString> answer;
+};
+
+using DataSender = DispatchOutcome (*)(const DispatchCall& call);
+
+// The sender of a type; null for the types that make no Java call.
+DataSender FindDataSender(unsigned char dataType);
+
+// The agent's start-up message: the client description and the connection.
+DispatchOutcome SendStartup(const DispatchCall& call);
+
+}  // namespace tarnix

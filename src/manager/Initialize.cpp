@@ -1,0 +1,100 @@
+// The Java start-up: the host's logger and system information, the machine, the Java
+// logger, the class table and the one message client every later call goes through.
+#include "manager/CommManagerImpl.h"
+
+#include "common/SystemService.h"
+#include "jni/ClassTable.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaVM.h"
+#include "manager/AgentRegistry.h"
+#include "manager/JavaStartup.h"
+#include "manager/ManagerMessages.h"
+
+#include <cstring>
+#include <iterator>
+
+using tarnix::classes::kClassTable;
+
+HRESULT CRMICommManagerImpl::Initialize() {
+  std::lock_guard<std::recursive_mutex> lock(lock_);
+  if (!log_.Get()) {
+    tarnix::ComPtr<IHostLogger> logger;
+    const HRESULT hr = tarnix::GetHostLogger(&logger);
+    if (FAILED(hr)) return hr;
+    log_ = tarnix::HostLog(std::move(logger));
+  }
+  if (!systemInfo_) {
+    const HRESULT hr = tarnix::GetSystemInfo(&systemInfo_);
+    if (FAILED(hr)) {
+      log_.ErrorWithCode(
+          WSTR("Failed to get system info in long __cdecl CRMICommManagerImpl::Initialize(void)"),
+          hr);
+      return hr;
+    }
+  }
+  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is.
+  if (javaVM_) return S_OK;
+
+  WString runtime;
+  tarnix::GetJrePath(log_, &runtime);
+  std::string classPath;
+  tarnix::GetClassPath(log_, &classPath);
+  javaVM_ = std::make_shared<CJavaVM>(runtime);
+  const LONG created = javaVM_->Create(tarnix::JavaVMOptions(classPath));
+  if (created != 0) {
+    log_.ErrorWithCode(WSTR("Failed to create a Java virtual machine instance."), created);
+    return E_FAIL;
+  }
+  const HRESULT hr = StartLoggerFactory();
+  return FAILED(hr) ? hr : StartMessageClient();
+}
+
+HRESULT CRMICommManagerImpl::StartLoggerFactory() {
+  const tarnix::classes::ClassTableRow& row = kClassTable[0];
+  std::shared_ptr<CJavaClass> factoryClass;
+  if (!tarnix::LoadJavaClass(*javaVM_, log_, row.name, row.methods, row.count, &factoryClass)) {
+    return E_FAIL;
+  }
+  WString folder;
+  const HRESULT read = tarnix::ReadAgentValue(WSTR("LogDirectory"), &folder);
+  if (FAILED(read)) {
+    // The Java client logs to its default place then; that is no reason not to start.
+    log_.Warning(WSTR("Failed to retrieve the log foler path.    Error code 0x%08lx."), read);
+    log_.Info(WSTR("SUCCESSFULLY initialized the Message Logger."));
+    return S_OK;
+  }
+  const auto folderText = javaVM_->NewString(folder);
+  if (!folderText) {
+    log_.Error(tarnix::messages::kJavaStringFailed, folder, tarnix::TakeJavaException(*javaVM_));
+    return E_FAIL;
+  }
+  loggerFactory_ = factoryClass->NewObject("ctor(folder)", folderText);
+  if (!loggerFactory_) {
+    log_.Error(WSTR("Failed to Initialize the Message Server Logger.  %s"),
+               tarnix::TakeJavaException(*javaVM_));
+    return E_FAIL;
+  }
+  log_.Info(WSTR("SUCCESSFULLY initialized the Message Logger."));
+  return S_OK;
+}
+
+HRESULT CRMICommManagerImpl::StartMessageClient() {
+  std::shared_ptr<CJavaClass> clientClass;
+  for (size_t i = 1; i < std::size(kClassTable); ++i) {
+    const tarnix::classes::ClassTableRow& row = kClassTable[i];
+    const bool isClient = std::strcmp(row.name, tarnix::classes::kDesktopMessageClient) == 0;
+    if (!tarnix::LoadJavaClass(*javaVM_, log_, row.name, row.methods, row.count,
+                               isClient ? &clientClass : nullptr)) {
+      return E_FAIL;
+    }
+  }
+  if (!clientClass) return E_FAIL;
+  messageClient_ = clientClass->NewObject("ctor()");
+  if (!messageClient_) {
+    log_.Error(WSTR("Failed to create a new message client.  %s"),
+               tarnix::TakeJavaException(*javaVM_));
+    return E_FAIL;
+  }
+  log_.Info(WSTR("Initialized communication manager."));
+  return S_OK;
+}

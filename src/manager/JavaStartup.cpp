@@ -1,0 +1,145 @@
+#include "manager/JavaStartup.h"
+
+#include "jni/JavaVM.h"
+#include "manager/AgentRegistry.h"
+#include "manager/ThreadAnsi.h"
+#include "platform/JavaRuntime.h"
+
+#include <cstdlib>
+
+namespace tarnix {
+namespace {
+
+// Owns one file search.
+class FindHandle {
+ public:
+  explicit FindHandle(HANDLE handle) : handle_(handle) {}
+  ~FindHandle() {
+    if (Valid()) FindClose(handle_);
+  }
+  FindHandle(const FindHandle&) = delete;
+  FindHandle& operator=(const FindHandle&) = delete;
+
+  bool Valid() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
+  HANDLE Get() const { return handle_; }
+
+ private:
+  HANDLE handle_;
+};
+
+bool EndsWith(const WString& text, WCHAR last) { return !text.empty() && text.back() == last; }
+
+HRESULT LastErrorResult() {
+  const DWORD error = GetLastError();
+  return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
+}
+
+// The folder of the pattern's full path, up to and including its last separator.
+bool SearchRoot(const WCHAR* pattern, WString* root) {
+  WCHAR full[MAX_PATH] = {};
+  if (!_wfullpath(full, pattern, MAX_PATH)) return false;
+  *root = full;
+  const size_t cut = root->find_last_of(WSTR("\\/"));
+  root->resize(cut == WString::npos ? 0 : cut + 1);
+  return true;
+}
+
+void AppendEntry(const WString& path, std::string* classPath) {
+  if (!classPath->empty()) classPath->push_back(platform::kClassPathSeparator);
+  *classPath += ToThreadAnsi(path);
+}
+
+HRESULT GetAgentJrePath(const HostLog& log, HRESULT javaHomeFailure, WString* path) {
+  log.Warning(WSTR("Failed to retrieve the Java home path.  Using the Vantage agent's JRE "
+                   "instead.  Error code 0x%08lx."),
+              javaHomeFailure);
+  const HRESULT hr = ReadHostDesktopValue(WSTR("AgentInstallPath"), path);
+  if (FAILED(hr)) {
+    log.ErrorWithCode(WSTR("Failed to get the agent's installation path."), hr);
+    return hr;
+  }
+  if (!EndsWith(*path, platform::kPathSeparator)) path->push_back(platform::kPathSeparator);
+  *path += WSTR("jre");
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT GetJrePath(const HostLog& log, WString* path) {
+  const HRESULT agentSetting = ReadAgentValue(WSTR("JrePath"), path);
+  if (FAILED(agentSetting) && FAILED(ReadHostDesktopValue(WSTR("JavaHome"), path))) {
+    const HRESULT hr = GetAgentJrePath(log, agentSetting, path);
+    if (FAILED(hr)) return hr;
+  }
+  if (!path->empty() && !EndsWith(*path, platform::kPathSeparator)) {
+    path->push_back(platform::kPathSeparator);
+  }
+  log.Info(WSTR("Using JRE from '%s'."), *path);
+  return S_OK;
+}
+
+HRESULT GetClassPath(const HostLog& log, std::string* classPath) {
+  WString folder;
+  HRESULT hr = ReadAgentValue(WSTR("ClassPath"), &folder);
+  if (SUCCEEDED(hr)) {
+    WCHAR pattern[MAX_PATH] = {};
+    // A folder too long for a pattern would otherwise search somewhere else entirely.
+    if (!PathCombineW(pattern, folder.c_str(), WSTR("*.jar"))) {
+      hr = HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
+    } else {
+      AppendJarsOfDirectory(log, pattern, classPath);
+      return S_OK;
+    }
+  }
+  log.ErrorWithCode(WSTR("Failed to get the agent's class path."), hr);
+  return hr;
+}
+
+HRESULT AppendJarsOfDirectory(const HostLog& log, const WCHAR* pattern, std::string* classPath) {
+  const WCHAR* search = pattern && *pattern ? pattern : WSTR("*.*");
+  WString root;
+  WIN32_FIND_DATAW entry = {};
+  HANDLE handle = INVALID_HANDLE_VALUE;
+  if (SearchRoot(search, &root)) {
+    handle = FindFirstFileW(search, &entry);
+  } else {
+    SetLastError(ERROR_INVALID_NAME);
+  }
+  const FindHandle find(handle);
+  if (!find.Valid()) {
+    const HRESULT hr = LastErrorResult();
+    log.ErrorWithCode(WSTR("Failed to enumerate class path directory '%s'."), hr, search);
+    return hr;
+  }
+  do {
+    if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
+      AppendEntry(root + entry.cFileName, classPath);
+    }
+  } while (FindNextFileW(find.Get(), &entry));
+  return S_OK;
+}
+
+std::vector<std::string> JavaVMOptions(const std::string& classPath) {
+  return {"-Djava.class.path=" + classPath, "-Xrs", "-Xmx100M"};
+}
+
+bool LoadJavaClass(CJavaVM& machine, const HostLog& log, const char* name, const MethodEntry* table,
+                   ULONGLONG count, std::shared_ptr<CJavaClass>* loaded) {
+  std::shared_ptr<CJavaClass> javaClass = machine.LoadClass(name, table, count);
+  if (!javaClass) {
+    const WString failure = TakeJavaException(machine);
+    log.Error(WSTR("Failed to load class %s.  %s"), FromThreadAnsi(name), failure);
+    return false;
+  }
+  if (loaded) *loaded = std::move(javaClass);
+  log.Level8(WSTR("Loaded class %s."), FromThreadAnsi(name));
+  return true;
+}
+
+WString TakeJavaException(CJavaVM& machine) {
+  WString text;
+  machine.GetExceptionText(text);
+  return text;
+}
+
+}  // namespace tarnix

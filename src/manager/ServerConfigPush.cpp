@@ -1,0 +1,93 @@
+// Keeping the Java client pointed at the message server the host's calls name.
+#include "manager/CommManagerImpl.h"
+
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
+#include "jni/JavaVM.h"
+#include "manager/AgentRegistry.h"
+#include "manager/JavaStartup.h"
+#include "manager/ManagerMessages.h"
+#include "manager/ResultCodes.h"
+
+using tarnix::CallbackKey;
+
+namespace {
+
+// ASCII letters only, as the C runtime folds case outside any locale: a URL's host name
+// is the part that may differ in case, and it is ASCII.
+WCHAR FoldCase(WCHAR c) { return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c - 'A' + 'a') : c; }
+
+bool EqualsIgnoringCase(const WString& a, const WString& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (FoldCase(a[i]) != FoldCase(b[i])) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+LONG CRMICommManagerImpl::SetCurrentServerConfig(const WCHAR* first, const WCHAR* second,
+                                                 const WCHAR* third) {
+  const HRESULT started = EnsureStarted();
+  if (FAILED(started)) return started;
+  if (IsCurrentConfig(first, second, third)) return S_FALSE;
+  const HRESULT hr = PushServerConfig(CallbackKey::From(first, second, third));
+  if (FAILED(hr)) return hr;
+  // Remembered only once everything went through, so a failed push is tried again.
+  std::lock_guard<std::recursive_mutex> lock(lock_);
+  currentConfig_ = CallbackKey::From(first, second, third);
+  return S_OK;
+}
+
+bool CRMICommManagerImpl::IsCurrentConfig(const WCHAR* first, const WCHAR* second,
+                                          const WCHAR* third) {
+  std::lock_guard<std::recursive_mutex> lock(lock_);
+  return EqualsIgnoringCase(CallbackKey::Held(first), currentConfig_.first) &&
+         CallbackKey::Held(second) == currentConfig_.second &&
+         CallbackKey::Held(third) == currentConfig_.third;
+}
+
+HRESULT CRMICommManagerImpl::PushServerConfig(const CallbackKey& config) {
+  const std::shared_ptr<CJavaVM> machine = GetJavaVM();
+  const std::shared_ptr<CJavaObject> client = GetMessageClient();
+  if (!machine || !client) return tarnix::kJavaNotRunning;
+  WString configDirectory;
+  const HRESULT read = tarnix::ReadAgentValue(WSTR("ConfigDirectory"), &configDirectory);
+  if (FAILED(read)) return read;
+
+  const CJavaVM::ThreadDetachGuard detach = machine->AttachForScope();
+  const auto url = machine->NewString(config.first);
+  if (!url) {
+    log_.Error(tarnix::messages::kJavaStringFailed, config.first,
+               tarnix::TakeJavaException(*machine));
+    return E_FAIL;
+  }
+  client->CallVoidMethod("setProviderUrl", url);
+  WString failure;
+  if (machine->GetExceptionText(failure)) {
+    log_.Error(WSTR("Failed to set the message server URL in the Java client.  %s"), failure);
+    return E_FAIL;
+  }
+  log_.Info(WSTR("Updated the message server URL in the Java client to %s."), config.first);
+
+  const auto directory = machine->NewString(configDirectory);
+  if (!directory) {
+    log_.Error(tarnix::messages::kJavaStringFailed, configDirectory,
+               tarnix::TakeJavaException(*machine));
+    return E_FAIL;
+  }
+  // The certificate's own text stays out of this line.
+  const auto certificate = machine->NewString(config.third);
+  if (!certificate) {
+    log_.Error(WSTR("Failed to create a new Java string for the certificate.  %s"),
+               tarnix::TakeJavaException(*machine));
+    return E_FAIL;
+  }
+  client->CallVoidMethod("initialize", directory, certificate);
+  if (machine->GetExceptionText(failure)) {
+    log_.Error(WSTR("Failed to initialize RMI in the Java client.  %s"), failure);
+    return E_FAIL;
+  }
+  return S_OK;
+}

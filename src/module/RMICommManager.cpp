@@ -1,0 +1,49 @@
+// The exported facade: one per process, forwarding to the implementation it creates on
+// first use.
+#include "tarnix/RMICommManager.h"
+
+#include "manager/CommManagerImpl.h"
+#include "module/HostString.h"
+
+CRMICommManager::CRMICommManager() = default;
+
+// Runs at library unload; the implementation's destructor makes no Java call.
+CRMICommManager::~CRMICommManager() { delete implementation_.exchange(nullptr); }
+
+CRMICommManager& CRMICommManager::GetInstance() {
+  static CRMICommManager instance;
+  return instance;
+}
+
+CRMICommManagerImpl* CRMICommManager::GetImpl() {
+  if (CRMICommManagerImpl* existing = implementation_.load()) return existing;
+  std::lock_guard<std::mutex> lock(creationLock_);
+  CRMICommManagerImpl* current = implementation_.load();
+  if (!current) {
+    current = new CRMICommManagerImpl();
+    delete implementation_.exchange(current);
+  }
+  return current;
+}
+
+template <class T>
+LONG CRMICommManager::DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                               ULONGLONG number, unsigned char dataType, T* data) {
+  return GetImpl()->DumpData(first, second, third, number, dataType, data);
+}
+
+// The one instance the host links against.
+template LONG CRMICommManager::DumpData<IUnknown>(const WCHAR*, const WCHAR*, const WCHAR*,
+                                                  ULONGLONG, unsigned char, IUnknown*);
+
+LONG CRMICommManager::RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
+                                               const WCHAR* third, IDataDumpCallback* callback) {
+  const tarnix::HostString firstCopy(first), secondCopy(second), thirdCopy(third);
+  return GetImpl()->Register(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+}
+
+LONG CRMICommManager::UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
+                                                 const WCHAR* third, IDataDumpCallback* callback) {
+  const tarnix::HostString firstCopy(first), secondCopy(second), thirdCopy(third);
+  return GetImpl()->Unregister(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+}

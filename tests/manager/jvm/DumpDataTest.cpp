@@ -1,0 +1,182 @@
+// A DumpData from the host to the Java client and back, on the real JVM.
+#include "JvmHost.h"
+
+#include "JvmTestSupport.h"
+#include "common/ErrorText.h"
+#include "fixtures/FakeCallbacks.h"
+#include "manager/AnswerDelivery.h"
+#include "manager/CommManagerImpl.h"
+#include "tarnix/DataType.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+namespace tarnix::testing {
+namespace {
+
+const std::string kDescription =
+    "<client><type>DesktopAgent</type><name>DESK-01</name><id>verdant-42</id>"
+    "<version>6.6.0.10866517</version><uniqueid>vm-7</uniqueid></client>";
+
+class ManagerDumpData : public JvmHostTest {
+ protected:
+  ManagerDumpData() {
+    WriteSettings({});
+    SystemInfo().SetMachineId(W("machine-1"));
+    SystemInfo().SetVirtualMachineId(W("vm-7"));
+    SystemInfo().SetUniqueId(W("unique-3"));
+    SystemInfo().SetMachineName(W("DESK-01"));
+    identities_ = MakeFake<FakeNamedValues>();
+    identities_->SetText(W("Verdant"), W("verdant-42"));
+    SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities_.Get()));
+  }
+  void TearDown() override {
+    identities_.Reset();
+    JvmHostTest::TearDown();
+  }
+
+  LONG Dump(CRMICommManagerImpl& manager, unsigned char type, const WCHAR* url = WSTR("url")) {
+    return manager.DumpData(url, WSTR("auth-token"), WSTR("cert"), 42, type, nullptr);
+  }
+  // The calls that carried data, leaving out construction and configuration.
+  static std::vector<std::string> Sends() {
+    std::vector<std::string> sends;
+    for (const std::string& call : RawJava().Calls()) {
+      if (call.rfind("on", 0) == 0) sends.push_back(call);
+    }
+    return sends;
+  }
+
+  ComPtr<FakeNamedValues> identities_;
+};
+
+TEST_F(ManagerDumpData, StartupMessageDescribesTheClientAndItsAnswerReachesTheHost) {
+  Logger().ForbidText(W("auth-token"));
+  auto callback = MakeFake<FakeDataDumpCallback>();
+  CRMICommManagerImpl manager;
+  ASSERT_EQ(manager.Initialize(), S_OK);
+  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
+  manager.Register(WSTR("url"), WSTR("auth-token"), WSTR("cert"), callback.Get());
+
+  EXPECT_EQ(Dump(manager, eStartup), S_OK) << Logger().Dump();
+  const auto sends = Sends();
+  ASSERT_EQ(sends.size(), 1u);
+  EXPECT_EQ(sends[0].rfind("onStartup(\"" + kDescription +
+                               "\", DesktopConnection{id=\"verdant-42\", "
+                               "authToken=\"auth-token\", uniqueId=\"vm-7\", version=394752",
+                           0),
+            0u)
+      << sends[0];
+  ASSERT_EQ(callback->Answers().size(), 1u);
+  EXPECT_EQ(callback->Answers()[0].dataType, eStartup);
+  EXPECT_EQ(U(callback->Answers()[0].text), "policy-text");
+
+  // A null answer goes nowhere.
+  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::nullopt);
+  EXPECT_EQ(Dump(manager, eStartup), S_OK);
+  EXPECT_EQ(callback->Answers().size(), 1u);
+  EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
+  manager.Unregister(WSTR("url"), WSTR("auth-token"), WSTR("cert"), callback.Get());
+}
+
+TEST_F(ManagerDumpData, AStartupAnswerWithoutAKeyForcesAPolicyUpdate) {
+  auto first = MakeFake<FakeDataDumpCallback>();
+  auto second = MakeFake<FakeDataDumpCallback>();
+  CRMICommManagerImpl manager;
+  ASSERT_EQ(manager.Initialize(), S_OK);
+  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
+  manager.Register(WSTR("one"), nullptr, nullptr, first.Get());
+  manager.Register(WSTR("two"), nullptr, nullptr, second.Get());
+  struct Closer {
+    void operator()(void* handle) const { CloseHandle(handle); }
+  };
+  const std::unique_ptr<void, Closer> event(
+      CreateEventW(nullptr, FALSE, FALSE, kPolicyUpdateEventName));
+  ASSERT_TRUE(event);
+
+  EXPECT_EQ(Dump(manager, eStartup), E_FAIL);
+  EXPECT_EQ(WaitForSingleObject(event.get(), 10000), static_cast<DWORD>(WAIT_OBJECT_0));
+  EXPECT_EQ(
+      CountStartingWith(Logger(), "Failed to CallCallback for eStartup:(url, auth-token, cert)"),
+      1u);
+  EXPECT_EQ(CountStartingWith(Logger(), "Force to update policy..."), 1u);
+  EXPECT_TRUE(first->Answers().empty());
+  EXPECT_TRUE(second->Answers().empty());
+  manager.Unregister(WSTR("one"), nullptr, nullptr, first.Get());
+  manager.Unregister(WSTR("two"), nullptr, nullptr, second.Get());
+}
+
+TEST_F(ManagerDumpData, JavaFailuresBecomeResultCodes) {
+  CRMICommManagerImpl manager;
+  ASSERT_EQ(manager.Initialize(), S_OK);
+  JavaControl java(*manager.GetJavaVM());
+
+  java.ThrowIn("DesktopMessageClient.onStartup", "java.rmi.ConnectException", "refused");
+  Logger().Clear();
+  EXPECT_EQ(Dump(manager, eStartup), static_cast<HRESULT>(0x800713AB));
+  auto errors = Lines(Logger(), LogOperation::Error);
+  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  "
+                            "java.rmi.ConnectException: refused",
+                            0),
+            0u)
+      << errors[0];
+
+  java.ThrowIn("DesktopMessageClient.onStartup", "java.lang.NullPointerException", "oops");
+  Logger().Clear();
+  EXPECT_EQ(Dump(manager, eStartup), E_FAIL);
+  errors = Lines(Logger(), LogOperation::Error);
+  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  EXPECT_NE(errors[0].find("java.lang.NullPointerException: oops"), std::string::npos);
+  EXPECT_FALSE(manager.GetJavaVM()->GetEnv()->ExceptionCheck());
+}
+
+TEST_F(ManagerDumpData, IdentityDecidesBeforeJavaAndCarriesItsFailure) {
+  CRMICommManagerImpl manager;
+  ASSERT_EQ(manager.Initialize(), S_OK);
+  const HRESULT hostFailure = static_cast<HRESULT>(0x80070015);
+
+  SystemInfo().Fail(SystemInfoSlot::VirtualMachineId, hostFailure);
+  EXPECT_EQ(Dump(manager, eStartup), hostFailure);
+  EXPECT_TRUE(Sends().empty());
+  EXPECT_EQ(CountStartingWith(Logger(), "Failed to get virtual machine id"), 1u);
+  SystemInfo().Fail(SystemInfoSlot::VirtualMachineId, S_OK);
+
+  // Unreadable component identities do not stop the call, but it answers their code when
+  // no answer decides it.
+  SystemInfo().Fail(SystemInfoSlot::ComponentsIdentities, E_ACCESSDENIED);
+  EXPECT_EQ(Dump(manager, eTraceRoute), E_ACCESSDENIED);
+  EXPECT_EQ(Dump(manager, eStartup), E_ACCESSDENIED);
+  const auto sends = Sends();
+  ASSERT_EQ(sends.size(), 1u);
+  EXPECT_NE(sends[0].find("<id>machine-1</id>"), std::string::npos) << sends[0];
+
+  auto callback = MakeFake<FakeDataDumpCallback>();
+  manager.Register(WSTR("url"), nullptr, nullptr, callback.Get());
+  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
+  EXPECT_EQ(Dump(manager, eStartup), S_OK);
+  manager.Unregister(WSTR("url"), nullptr, nullptr, callback.Get());
+}
+
+TEST_F(ManagerDumpData, AnotherThreadIsAttachedForItsCallOnly) {
+  CRMICommManagerImpl manager;
+  ASSERT_EQ(manager.Initialize(), S_OK);
+  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("ignored"));
+  LONG result = E_UNEXPECTED;
+  jint afterwards = JNI_OK;
+  std::thread host([&] {
+    result = Dump(manager, eStartup);
+    JNIEnv* env = nullptr;
+    afterwards = RunningJavaVM()->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6);
+  });
+  host.join();
+  // Nobody registered for the answer: the call says so, from the other thread as well.
+  EXPECT_EQ(result, E_FAIL);
+  EXPECT_EQ(afterwards, JNI_EDETACHED);
+  EXPECT_EQ(Sends().size(), 1u);
+}
+
+}  // namespace
+}  // namespace tarnix::testing

@@ -1,0 +1,163 @@
+#include "JvmHost.h"
+
+#include "manager/AgentRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace tarnix::testing {
+
+JvmHostTest::JvmHostTest() {
+  registry_.Own(HKEY_LOCAL_MACHINE, AgentKeyPath());
+  registry_.Own(HKEY_LOCAL_MACHINE, kHostDesktopKeyPath);
+}
+
+void JvmHostTest::WriteSettings(const AgentSettings& settings) {
+  auto set = [&](const WString& key, const char* name, const std::optional<std::string>& value) {
+    if (value) registry_.SetString(HKEY_LOCAL_MACHINE, key, W(name), W(*value));
+  };
+  registry_.CreateKey(HKEY_LOCAL_MACHINE, AgentKeyPath());
+  set(AgentKeyPath(), "JrePath", settings.jrePath);
+  set(AgentKeyPath(), "ClassPath", settings.classPath);
+  set(AgentKeyPath(), "LogDirectory", settings.logDirectory);
+  set(AgentKeyPath(), "ConfigDirectory", settings.configDirectory);
+  set(kHostDesktopKeyPath, "JavaHome", settings.javaHome);
+  set(kHostDesktopKeyPath, "AgentInstallPath", settings.agentInstallPath);
+  registry_.Apply();
+}
+
+void JvmHostTest::ArmFaultsAtStartUp(const std::string& faults) {
+  const char* existing = std::getenv("JAVA_TOOL_OPTIONS");
+  std::string options = existing ? existing : "";
+  options += " -javaagent:" MANAGER_TEST_FAULTS_AGENT "=" + faults;
+  setenv("JAVA_TOOL_OPTIONS", options.c_str(), 1);
+}
+
+std::string StandInClassPath(const std::string& folder) {
+  std::string classPath;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() != ".jar") continue;
+    if (!classPath.empty()) classPath += ':';
+    classPath += entry.path().string();
+  }
+  return classPath;
+}
+
+JavaVM* RunningJavaVM() {
+  using GetCreated = jint(JNICALL*)(JavaVM**, jsize, jsize*);
+  // The test's own reference to the runtime library; the JVM lives in the one copy.
+  static const HMODULE runtime =
+      LoadLibraryW(W(MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so").c_str());
+  if (!runtime) return nullptr;
+  const auto getCreated = reinterpret_cast<GetCreated>(
+      reinterpret_cast<void*>(GetProcAddress(runtime, "JNI_GetCreatedJavaVMs")));
+  JavaVM* vm = nullptr;
+  jsize count = 0;
+  if (!getCreated || getCreated(&vm, 1, &count) != JNI_OK || count == 0) return nullptr;
+  return vm;
+}
+
+RawJava::RawJava() : vm_(RunningJavaVM()) {
+  if (!vm_) {
+    ADD_FAILURE() << "no JVM runs in this process";
+    return;
+  }
+  if (vm_->GetEnv(reinterpret_cast<void**>(&env_), JNI_VERSION_1_6) == JNI_OK) return;
+  attached_ = vm_->AttachCurrentThread(reinterpret_cast<void**>(&env_), nullptr) == JNI_OK;
+  if (!attached_) env_ = nullptr;
+}
+
+RawJava::~RawJava() {
+  if (attached_) vm_->DetachCurrentThread();
+}
+
+std::string RawJava::Text(jstring text) {
+  if (!text) return "<null>";
+  const char* chars = env_->GetStringUTFChars(text, nullptr);
+  std::string result = chars ? chars : "";
+  if (chars) env_->ReleaseStringUTFChars(text, chars);
+  env_->DeleteLocalRef(text);
+  return result;
+}
+
+std::string RawJava::StaticString(const char* className, const char* method, const char* signature,
+                                  jvalue* arguments) {
+  if (!env_) return {};
+  const jclass type = env_->FindClass(className);
+  if (!type) {
+    env_->ExceptionClear();
+    ADD_FAILURE() << className;
+    return {};
+  }
+  const jmethodID id = env_->GetStaticMethodID(type, method, signature);
+  const jstring text =
+      id ? static_cast<jstring>(env_->CallStaticObjectMethodA(type, id, arguments)) : nullptr;
+  env_->DeleteLocalRef(type);
+  if (env_->ExceptionCheck() || !id) {
+    env_->ExceptionClear();
+    ADD_FAILURE() << className << "." << method;
+    return {};
+  }
+  return Text(text);
+}
+
+std::string RawJava::SystemProperty(const char* name) {
+  if (!env_) return {};
+  jvalue argument{};
+  argument.l = env_->NewStringUTF(name);
+  std::string value = StaticString("java/lang/System", "getProperty",
+                                   "(Ljava/lang/String;)Ljava/lang/String;", &argument);
+  env_->DeleteLocalRef(argument.l);
+  return value;
+}
+
+std::vector<std::string> RawJava::Calls() {
+  std::vector<std::string> calls;
+  if (!env_) return calls;
+  const jclass type = env_->FindClass("com/tarnix/testing/Calls");
+  const jmethodID count = type ? env_->GetStaticMethodID(type, "count", "()I") : nullptr;
+  const jint n = count ? env_->CallStaticIntMethod(type, count) : 0;
+  if (type) env_->DeleteLocalRef(type);
+  if (!Checked("Calls.count")) return calls;
+  for (jint i = 0; i < n; ++i) {
+    jvalue index{};
+    index.i = i;
+    calls.push_back(
+        StaticString("com/tarnix/testing/Calls", "get", "(I)Ljava/lang/String;", &index));
+  }
+  return calls;
+}
+
+std::string RawJava::InputArguments() {
+  if (!env_) return {};
+  const jclass factory = env_->FindClass("java/lang/management/ManagementFactory");
+  const jmethodID getRuntime = env_->GetStaticMethodID(factory, "getRuntimeMXBean",
+                                                       "()Ljava/lang/management/RuntimeMXBean;");
+  const jobject runtime = env_->CallStaticObjectMethod(factory, getRuntime);
+  env_->DeleteLocalRef(factory);
+  if (!Checked("getRuntimeMXBean")) return {};
+  const jclass bean = env_->GetObjectClass(runtime);
+  const jmethodID getArguments = env_->GetMethodID(bean, "getInputArguments", "()Ljava/util/List;");
+  const jobject list = env_->CallObjectMethod(runtime, getArguments);
+  env_->DeleteLocalRef(bean);
+  env_->DeleteLocalRef(runtime);
+  if (!Checked("getInputArguments")) return {};
+  const jclass object = env_->FindClass("java/lang/Object");
+  const jmethodID toString = env_->GetMethodID(object, "toString", "()Ljava/lang/String;");
+  const jstring text = static_cast<jstring>(env_->CallObjectMethod(list, toString));
+  env_->DeleteLocalRef(object);
+  env_->DeleteLocalRef(list);
+  if (!Checked("toString")) return {};
+  return Text(text);
+}
+
+bool RawJava::Checked(const char* what) {
+  if (!env_->ExceptionCheck()) return true;
+  env_->ExceptionClear();
+  ADD_FAILURE() << what << " threw";
+  return false;
+}
+
+}  // namespace tarnix::testing

@@ -1,0 +1,72 @@
+// The host around a manager that starts the real JVM: the agent's settings in a test
+// registry pointing at the JDK and the stand-in jars, and ways to see what reached Java.
+#pragma once
+
+#include "ManagerTestPaths.h"
+#include "ManagerTestSupport.h"
+
+#include "fixtures/HostTest.h"
+#include "fixtures/TestRegistry.h"
+
+#include <jni.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnix::testing {
+
+struct AgentSettings {
+  std::optional<std::string> jrePath = std::string(MANAGER_TEST_JAVA_HOME);
+  std::optional<std::string> classPath = std::string(MANAGER_TEST_JAR_DIR);
+  std::optional<std::string> logDirectory = std::string("/tmp/tarnix-agent-logs");
+  std::optional<std::string> configDirectory = std::string("/tmp/tarnix-agent-config");
+  std::optional<std::string> javaHome;
+  std::optional<std::string> agentInstallPath;
+};
+
+class JvmHostTest : public HostTest {
+ protected:
+  JvmHostTest();
+  void WriteSettings(const AgentSettings& settings);
+
+  // Makes the stand-ins throw before start-up reaches them: "place=exceptionClass:message"
+  // entries separated by ";". Only before the machine is made.
+  static void ArmFaultsAtStartUp(const std::string& faults);
+
+  TestRegistry registry_;
+};
+
+// The class-path folder of the stand-in jars, as start-up lists it.
+std::string StandInClassPath(const std::string& folder);
+
+// The JVM of this process, found without the component (which may have let go of it).
+JavaVM* RunningJavaVM();
+
+// Calls on the running JVM from the calling thread, attaching it when it is not.
+class RawJava {
+ public:
+  RawJava();
+  ~RawJava();
+  RawJava(const RawJava&) = delete;
+  RawJava& operator=(const RawJava&) = delete;
+
+  std::string SystemProperty(const char* name);
+  // The calls the stand-ins recorded, oldest first.
+  std::vector<std::string> Calls();
+  // The machine's options as the JVM reports them.
+  std::string InputArguments();
+
+ private:
+  std::string StaticString(const char* className, const char* method, const char* signature,
+                           jvalue* arguments);
+  std::string Text(jstring text);
+  // False (with the exception cleared and the test failed) when the last call threw.
+  bool Checked(const char* what);
+
+  JavaVM* vm_ = nullptr;
+  JNIEnv* env_ = nullptr;
+  bool attached_ = false;
+};
+
+}  // namespace tarnix::testing

@@ -1,0 +1,107 @@
+// The exported manager's life on the real JVM: one start-up, however the first calls
+// race, and an end when the thread that started Java ends. One process per test.
+#include "JvmHost.h"
+
+#include "fixtures/FakeCallbacks.h"
+#include "manager/ManagerMessages.h"
+#include "tarnix/RMICommManager.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace tarnix::testing {
+namespace {
+
+class ManagerLifetime : public JvmHostTest {
+ protected:
+  ManagerLifetime() {
+    SkipReferenceCheck();  // the process-wide manager keeps the host's logger
+    WriteSettings({});
+  }
+  static LONG Dump() {
+    return CRMICommManager::GetInstance().DumpData<IUnknown>(
+        WSTR("rmi://127.0.0.1/server"), WSTR("unique"), WSTR("cert"), 0, eTraceRoute, nullptr);
+  }
+  static size_t Count(const std::vector<std::string>& calls, const std::string& call) {
+    return static_cast<size_t>(std::count(calls.begin(), calls.end(), call));
+  }
+};
+
+TEST_F(ManagerLifetime, RacingFirstCallsStartJavaOnce) {
+  std::mutex lock;
+  std::condition_variable changed;
+  int arrived = 0, done = 0;
+  LONG results[2] = {E_UNEXPECTED, E_UNEXPECTED};
+  // Both threads call at once, and both stay until both calls are over: the starting
+  // thread's end would end the manager for the other.
+  auto caller = [&](int index) {
+    std::unique_lock<std::mutex> hold(lock);
+    ++arrived;
+    changed.notify_all();
+    changed.wait(hold, [&] { return arrived == 2; });
+    hold.unlock();
+    results[index] = Dump();
+    hold.lock();
+    ++done;
+    changed.notify_all();
+    changed.wait(hold, [&] { return done == 2; });
+  };
+  std::thread first(caller, 0), second(caller, 1);
+  first.join();
+  second.join();
+
+  EXPECT_EQ(results[0], S_OK);
+  EXPECT_EQ(results[1], S_OK);
+  EXPECT_EQ(CountStartingWith(Logger(), "Initialized communication manager."), 1u);
+  EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
+  EXPECT_EQ(Service().Queries(IID_IHostLogger), 1);
+  const auto calls = RawJava().Calls();
+  EXPECT_EQ(Count(calls, "DesktopMessageClient()"), 1u);
+  EXPECT_EQ(Count(calls, "setProviderUrl(\"rmi://127.0.0.1/server\")"), 1u);
+}
+
+TEST_F(ManagerLifetime, TheStartingThreadsEndIsTheManagersEnd) {
+  LONG started = E_UNEXPECTED;
+  std::thread([&] { started = Dump(); }).join();
+  ASSERT_EQ(started, S_OK) << Logger().Dump();
+
+  const auto calls = RawJava().Calls();
+  ASSERT_FALSE(calls.empty());
+  EXPECT_EQ(calls.back(), "dispose()");
+
+  Logger().Clear();
+  EXPECT_EQ(Dump(), E_FAIL);
+  const auto errors = Lines(Logger(), LogOperation::Error);
+  ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
+  EXPECT_EQ(errors[0], U(messages::kRefusedAfterTeardown));
+  EXPECT_EQ(RawJava().Calls().size(), calls.size());
+
+  // Callbacks still work, and Java is left running for the process.
+  auto callback = MakeFake<FakeDataDumpCallback>();
+  CRMICommManager& manager = CRMICommManager::GetInstance();
+  EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
+  EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
+            S_OK);
+  EXPECT_EQ(RawJava().SystemProperty("java.vm.name").empty(), false);
+}
+
+TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {
+  auto callback = MakeFake<FakeDataDumpCallback>();
+  CRMICommManager& manager = CRMICommManager::GetInstance();
+  EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
+  EXPECT_EQ(RunningJavaVM(), nullptr);
+  EXPECT_EQ(Service().Created(), 0);
+
+  // The first call starts it; this thread's end (the process's) tears it down again.
+  EXPECT_EQ(Dump(), S_OK);
+  EXPECT_NE(RunningJavaVM(), nullptr);
+  EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
+            S_OK);
+}
+
+}  // namespace
+}  // namespace tarnix::testing
