@@ -7,18 +7,26 @@ set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
-# tarnix_add_test(<name> SOURCES ... [LIBRARIES ...] [LABELS ...])
+# tarnix_add_test(<name> SOURCES ... [LIBRARIES ...] [LABELS ...] [RESOURCE_LOCK <lock>])
+# RESOURCE_LOCK keeps the suite's tests from running at the same time as each other and as
+# other tests holding the same lock (under Wine, every process shares one registry).
 function(tarnix_add_test name)
-  cmake_parse_arguments(T "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(T "" "RESOURCE_LOCK" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE ${T_LIBRARIES} GTest::gtest GTest::gtest_main)
   if(NOT T_LABELS)
     set(T_LABELS unit)
   endif()
+  # The lock goes first: a list of labels is flattened and would swallow what follows it.
+  set(properties)
+  if(T_RESOURCE_LOCK)
+    list(APPEND properties RESOURCE_LOCK "${T_RESOURCE_LOCK}")
+  endif()
+  list(APPEND properties LABELS "${T_LABELS}")
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 120
-    PROPERTIES LABELS "${T_LABELS}")
+    PROPERTIES ${properties})
 endfunction()
 
 # tarnix_discovered_test_properties(<target> [LABELS <label>...]

@@ -52,6 +52,9 @@ LSTATUS RegOpenKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD ulOptions, REGSAM samDe
                       PHKEY phkResult) {
   if (!phkResult) return ERROR_INVALID_PARAMETER;
   *phkResult = nullptr;
+  // A subkey is relative to its parent: Windows refuses one that starts at a backslash
+  // with ERROR_BAD_PATHNAME.
+  if (lpSubKey && *lpSubKey == u'\\') return ERROR_BAD_PATHNAME;
   RegHive& hive = RegHive::Instance();
   auto lock = hive.Lock();
   RegHive::Open parent;

@@ -1,0 +1,465 @@
+// Where the message server is, end to end: the registry as each build has it, the real DOM,
+// and a fake host for the logger and the machine's unique id.
+#include <gtest/gtest.h>
+
+#include "config/ServerConfig.h"
+#include "fixtures/CommandLineOverride.h"
+#include "fixtures/HostTest.h"
+#include "fixtures/TestRegistry.h"
+#include "platform/ScopedBstr.h"
+#include "platform/ScopedVariant.h"
+#include "platform/WideText.h"
+#include "platform/XmlDom.h"
+#include "tarnix/RMICommManager.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+using tarnix::LogOperation;
+using tarnix::ScopedBstr;
+using tarnix::ScopedVariant;
+using tarnix::WideToUtf8;
+using tarnix::testing::SystemInfoSlot;
+using tarnix::testing::TestRegistry;
+
+namespace {
+
+const WString kLegacyKey = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
+const WString kLegacyValue = WSTR("Zelmar Server URL");
+const WString kPolicyKey =
+    WSTR("Software\\Policies\\Corvane, Inc.\\TarnixTest\\Desktop Agent");
+const WString kNamedKey = WSTR("Software\\Tarnix Tests\\Xml Named");
+const WString kUrl = WSTR("MessageServerURL");
+const WString kCertificate = WSTR("AdapterCertificate");
+
+const std::string kLegacyFailed =
+    "Failed to get the message server configuration in function long __cdecl "
+    "CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,wchar_t **)";
+const std::string kLegacySystemFailed =
+    "Failed to get system service in function long __cdecl "
+    "CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,wchar_t **)";
+const std::string kReadKeyFailed =
+    "Failed to read Policy key's attributes in function long __cdecl "
+    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
+const std::string kUrlMissing =
+    "Failed to read Adapter URL in function long __cdecl "
+    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
+const std::string kCertificateMissing =
+    "Failed to read Adapter Certificate in function long __cdecl "
+    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
+const std::string kCommonSystemFailed =
+    "Failed to get system service in function long __cdecl "
+    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
+const std::string kXmlSourceFailed =
+    "Failed to load server config in function long __cdecl CRMIConfigLoader::GetServerInfo"
+    "(struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)";
+const std::string kPolicySourceFailed =
+    "Failed to load legancy server config in function long __cdecl "
+    "CRMIConfigLoader::GetServerInfo(struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)";
+
+// "<prefix>  Error code 0x%08lx", with the system's text or the full stop after it.
+std::string WithCode(const std::string& prefix, uint32_t code) {
+  char digits[16];
+  std::snprintf(digits, sizeof(digits), "%08x", static_cast<unsigned>(code));
+  return prefix + "  Error code 0x" + digits;
+}
+
+// The three outputs, each primed with a marker so that an output left alone shows.
+class Outputs {
+ public:
+  Outputs() : marker_(WSTR("<untouched>")) { url = serviceValue = certificate = marker_.Get(); }
+  ~Outputs() {
+    for (BSTR value : {url, serviceValue, certificate}) {
+      if (value != marker_.Get()) SysFreeString(value);
+    }
+  }
+  Outputs(const Outputs&) = delete;
+  Outputs& operator=(const Outputs&) = delete;
+
+  std::string Url() const { return Text(url); }
+  std::string ServiceValue() const { return Text(serviceValue); }
+  std::string Certificate() const { return Text(certificate); }
+  bool UrlUntouched() const { return url == marker_.Get(); }
+
+  BSTR url, serviceValue, certificate;
+
+ private:
+  std::string Text(BSTR value) const {
+    if (value == marker_.Get()) return "<untouched>";
+    return value ? WideToUtf8(WString(value, SysStringLen(value))) : "<null>";
+  }
+  ScopedBstr marker_;
+};
+
+class ServerInfo : public tarnix::testing::HostTest {
+ protected:
+  ServerInfo() : product_(WSTR("x --product=TarnixTest")) {
+    SystemInfo().SetUniqueId(WSTR("unique-1"));
+    // Keys the tests write are removed first, whatever an earlier run left.
+    registry_.Own(HKEY_LOCAL_MACHINE, kLegacyKey);
+    registry_.Own(HKEY_LOCAL_MACHINE, kPolicyKey);
+    registry_.Own(HKEY_LOCAL_MACHINE, kNamedKey);
+  }
+
+  LONG GetServerInfo(const VARIANT& config, Outputs* out) {
+    return CRMIConfigLoader::GetServerInfo(config, &out->url, &out->serviceValue,
+                                           &out->certificate);
+  }
+  LONG GetServerInfo(const WString& configText, Outputs* out) {
+    ScopedVariant config(configText.c_str());
+    return GetServerInfo(config.Get(), out);
+  }
+
+  void SetMultiString(const WString& key, const WString& name, const std::vector<WString>& parts) {
+    std::vector<BYTE> data;
+    for (const WString& part : parts) {
+      for (WCHAR c : part + WCHAR()) {
+        data.push_back(static_cast<BYTE>(c & 0xFF));
+        data.push_back(static_cast<BYTE>(c >> 8));
+      }
+    }
+    data.push_back(0);
+    data.push_back(0);
+    registry_.SetRaw(HKEY_LOCAL_MACHINE, key, name, REG_MULTI_SZ, data);
+  }
+
+  // Each line as "E: text", "I: text"...
+  std::vector<std::string> Lines() {
+    std::vector<std::string> lines;
+    for (const auto& line : Logger().Lines()) {
+      const char* kind = line.operation == LogOperation::Error  ? "E: "
+                         : line.operation == LogOperation::Info ? "I: "
+                                                                : "?: ";
+      lines.push_back(kind + WideToUtf8(line.message));
+    }
+    return lines;
+  }
+  void ExpectLines(const std::vector<std::string>& starts) {
+    const std::vector<std::string> lines = Lines();
+    ASSERT_EQ(lines.size(), starts.size()) << Logger().Dump();
+    for (size_t i = 0; i < lines.size(); ++i) {
+      EXPECT_EQ(lines[i].substr(0, starts[i].size()), starts[i]) << Logger().Dump();
+    }
+  }
+
+  TestRegistry registry_;
+
+ private:
+  tarnix::testing::CommandLineOverride product_;
+};
+
+TEST_F(ServerInfo, LegacyValueOfOneToFourPiecesAsksTheHostOnlyBelowThree) {
+  struct Case {
+    const WCHAR* value;
+    const char *url, *serviceValue, *certificate;
+    int uniqueIdCalls;
+  } const cases[] = {
+      {WSTR("https://u/x"), "https://u/x", "unique-1", "<untouched>", 1},
+      {WSTR("https://u/x|cert"), "https://u/x", "unique-1", "cert", 1},
+      {WSTR("https://u/x|svc|cert"), "https://u/x", "svc", "cert", 0},
+      {WSTR("https://u/x|svc|ignored|cert"), "https://u/x", "svc", "cert", 0},
+      {WSTR("|svc||"), "", "svc", "", 0},
+  };
+  for (const Case& c : cases) {
+    registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, c.value);
+    registry_.Apply();
+    Logger().Clear();
+    const int callsBefore = SystemInfo().Calls(SystemInfoSlot::UniqueId);
+    Outputs out;
+    EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK) << WideToUtf8(c.value);
+    EXPECT_EQ(out.Url(), c.url);
+    EXPECT_EQ(out.ServiceValue(), c.serviceValue);
+    EXPECT_EQ(out.Certificate(), c.certificate);
+    EXPECT_EQ(SystemInfo().Calls(SystemInfoSlot::UniqueId) - callsBefore, c.uniqueIdCalls);
+    ExpectLines({"I: Using message server '" + std::string(c.url) + "'."});
+  }
+}
+
+// A stand-in for a configuration object that counts every use the component makes of it.
+class UntouchableConfig : public tarnix::testing::FakeCom<IUnknown> {
+ public:
+  UntouchableConfig() : FakeCom("UntouchableConfig") {}
+};
+
+TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
+  registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR("https://legacy"));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kUrl, WSTR("https://named"));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("named cert"));
+  registry_.Apply();
+  auto config = tarnix::testing::MakeFake<UntouchableConfig>();
+  const ULONG addRefsBefore = config->AddRefCalls();
+  ScopedVariant holder;
+  holder.SetUnknown(config.Get());
+
+  Outputs out;
+  EXPECT_EQ(GetServerInfo(holder.Get(), &out), S_OK);
+  EXPECT_EQ(out.Url(), "https://legacy");
+  EXPECT_EQ(out.Certificate(), "<untouched>");
+  // SetUnknown's own reference is the only one ever taken.
+  EXPECT_EQ(config->AddRefCalls() - addRefsBefore, 1u);
+}
+
+TEST_F(ServerInfo, LegacyLookupFallsBackToThePolicyUrlAndTreatsEmptyValuesAsMissing) {
+  registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR(""));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR("https://policy|svc|cert"));
+  registry_.Apply();
+  Outputs out;
+  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK);
+  EXPECT_EQ(out.Url(), "https://policy");
+  EXPECT_EQ(out.ServiceValue(), "svc");
+  EXPECT_EQ(out.Certificate(), "cert");
+  ExpectLines({"I: Using message server 'https://policy'."});
+
+  // Both empty: the legacy source fails and says so; so does everything after it.
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR(""));
+  registry_.Apply();
+  Logger().Clear();
+  Outputs none;
+  EXPECT_EQ(tarnix::loadLegancyServerInfo(&none.url, &none.serviceValue, &none.certificate),
+            static_cast<LONG>(0x8007000D));
+  EXPECT_EQ(none.Url(), "<untouched>");
+  ExpectLines({"E: " + WithCode(kLegacyFailed, 0x8007000D)});
+}
+
+TEST_F(ServerInfo, DocumentWithoutTheEntryLeadsStraightToThePolicyKey) {
+  // A list-typed URL is no string for the legacy lookup, but the policy key reads it.
+  SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy"), WSTR("/path")});
+  SetMultiString(kPolicyKey, kCertificate,
+                 {WSTR("-----BEGIN-----"), WSTR("MIIB"), WSTR("-----END-----")});
+  registry_.Apply();
+  Outputs out;
+  EXPECT_EQ(GetServerInfo(WSTR("<config><other>Software\\X</other></config>"), &out), S_OK);
+  EXPECT_EQ(out.Url(), "https://policy/path");
+  EXPECT_EQ(out.Certificate(), "-----BEGIN-----MIIB-----END-----");
+  EXPECT_EQ(out.ServiceValue(), "unique-1");
+  ExpectLines({"E: " + WithCode(kLegacyFailed, 0x8007000D)});
+}
+
+TEST_F(ServerInfo, DocumentEntryNamesTheKeyAsTextAsObjectOrAsPlainPath) {
+  registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kUrl, WSTR("https://named"));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("named cert"),
+                      REG_EXPAND_SZ);
+  registry_.Apply();
+  const WString xml = WSTR("<config><a><serverConfigRegistry>Software\\<k>Tarnix Tests</k>\\"
+                           "Xml Named</serverConfigRegistry></a></config>");
+
+  CLSID clsid;
+  ASSERT_EQ(CLSIDFromProgID(tarnix::kXmlDomProgId, &clsid), S_OK);
+  tarnix::ComPtr<IXMLDOMDocument> document;
+  ASSERT_EQ(CoCreateInstance(clsid, nullptr, 0x17, IID_IXMLDOMDocument, document.ReceiveVoid()),
+            S_OK);
+  ScopedBstr text(xml.c_str());
+  VARIANT_BOOL loaded = VARIANT_FALSE;
+  ASSERT_EQ(document->loadXML(text.Get(), &loaded), S_OK);
+
+  std::vector<ScopedVariant> configs;
+  configs.emplace_back(xml.c_str());
+  configs.emplace_back(WSTR("Software\\Tarnix Tests\\Xml Named"));
+  configs.emplace_back().SetUnknown(document.Get());
+  {
+    VARIANT dispatch;
+    VariantInit(&dispatch);
+    dispatch.vt = VT_DISPATCH;
+    document->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch.pdispVal));
+    configs.emplace_back().Reset(dispatch);
+  }
+  for (const ScopedVariant& config : configs) {
+    const VARIANT before = config.Get();
+    document->AddRef();
+    const ULONG referencesBefore = document->Release();
+    Logger().Clear();
+    Outputs out;
+    EXPECT_EQ(GetServerInfo(config.Get(), &out), S_OK) << "vt " << before.vt;
+    EXPECT_EQ(out.Url(), "https://named");
+    EXPECT_EQ(out.Certificate(), "named cert");
+    EXPECT_EQ(out.ServiceValue(), "unique-1");
+    ExpectLines({"E: " + WithCode(kLegacyFailed, 0x80070002)});
+    // The caller's value is neither changed nor freed.
+    EXPECT_EQ(0, std::memcmp(&before, &config.Get(), sizeof(VARIANT)));
+    if (before.vt == VT_BSTR) {
+      EXPECT_GT(SysStringLen(before.bstrVal), 0u);
+    }
+    document->AddRef();
+    EXPECT_EQ(document->Release(), referencesBefore);
+  }
+}
+
+TEST_F(ServerInfo, FailingNamedKeyIsLoggedAndThePolicyKeyDecides) {
+  SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
+  registry_.Apply();
+  Outputs out;
+  EXPECT_EQ(GetServerInfo(WSTR("Software\\Tarnix Tests\\No Such Key"), &out), S_OK);
+  EXPECT_EQ(out.Url(), "https://policy");
+  ExpectLines({"E: " + WithCode(kLegacyFailed, 0x8007000D),
+               "E: " + WithCode(kReadKeyFailed, 0x80070002),
+               "E: " + WithCode(kXmlSourceFailed, 0x80070002)});
+
+  // A root name leaves its backslash on the subkey, which the registry refuses.
+  Logger().Clear();
+  Outputs rooted;
+  EXPECT_EQ(GetServerInfo(WSTR("HKEY_LOCAL_MACHINE\\") + kPolicyKey, &rooted), S_OK);
+  ASSERT_EQ(Lines().size(), 3u) << Logger().Dump();
+  EXPECT_EQ(Lines()[1].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
+}
+
+TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
+  SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
+  registry_.CreateKey(HKEY_LOCAL_MACHINE, kNamedKey);
+  registry_.Apply();
+  WString path = kPolicyKey;
+  Outputs out;
+  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
+            static_cast<LONG>(E_FAIL));
+  EXPECT_EQ(out.Url(), "<untouched>");
+  EXPECT_EQ(out.Certificate(), "<untouched>");
+  EXPECT_EQ(out.ServiceValue(), "<untouched>");
+  // The missing-value lines carry no result code.
+  EXPECT_EQ(Lines(), std::vector<std::string>{"E: " + kCertificateMissing});
+
+  // Names count only as spelled: a URL value in another case is no URL.
+  registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("messageserverurl"), WSTR("https://n"));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("c"));
+  registry_.Apply();
+  Logger().Clear();
+  path = kNamedKey;
+  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
+            static_cast<LONG>(E_FAIL));
+  EXPECT_EQ(Lines(), std::vector<std::string>{"E: " + kUrlMissing});
+
+  // Every source failing: the last one's code, each failure on its own line, no output.
+  Logger().Clear();
+  EXPECT_EQ(GetServerInfo(WSTR("<c><serverConfigRegistry>") + kNamedKey +
+                              WSTR("</serverConfigRegistry></c>"),
+                          &out),
+            static_cast<LONG>(E_FAIL));
+  EXPECT_EQ(out.Url(), "<untouched>");
+  ExpectLines({"E: " + WithCode(kLegacyFailed, 0x8007000D), "E: " + kUrlMissing,
+               "E: " + WithCode(kXmlSourceFailed, 0x80004005), "E: " + kCertificateMissing,
+               "E: " + WithCode(kPolicySourceFailed, 0x80004005)});
+}
+
+TEST_F(ServerInfo, ResultsAreTheSameWithoutALogger) {
+  registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR("https://legacy|c"));
+  registry_.Apply();
+  SystemInfo().Fail(SystemInfoSlot::UniqueId, S_FALSE);
+  Outputs logged;
+  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &logged), S_FALSE);
+  EXPECT_EQ(logged.ServiceValue(), "unique-1");
+
+  // Without a logger the closing line cannot be written, and the host is told success.
+  Service().Withdraw(IID_IHostLogger);
+  Logger().Clear();
+  Outputs unlogged;
+  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &unlogged), S_OK);
+  EXPECT_EQ(unlogged.Url(), "https://legacy");
+  EXPECT_EQ(unlogged.ServiceValue(), "unique-1");
+  EXPECT_EQ(Logger().Count(), 0u);
+
+  // Failures keep their codes.
+  registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR(""));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR("https://policy"));
+  registry_.Apply();
+  Outputs failed;
+  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &failed), S_OK);
+  WString path = kPolicyKey;
+  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &failed.url, nullptr, nullptr),
+            static_cast<LONG>(E_FAIL));
+  EXPECT_EQ(Logger().Count(), 0u);
+}
+
+TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
+  registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR("https://legacy|c"));
+  registry_.Apply();
+  Service().Withdraw(IID_ISystemInfo);
+  Outputs out;
+  const LONG hr = GetServerInfo(WSTR("not a path"), &out);
+  EXPECT_EQ(hr, static_cast<LONG>(0x80070002));
+  // What the legacy source wrote before it failed stays.
+  EXPECT_EQ(out.Url(), "https://legacy");
+  EXPECT_EQ(out.Certificate(), "c");
+  EXPECT_EQ(out.ServiceValue(), "<untouched>");
+  const std::vector<std::string> lines = Lines();
+  ASSERT_EQ(lines.size(), 5u) << Logger().Dump();
+  EXPECT_EQ(lines[0].substr(0, 3 + kLegacySystemFailed.size() + 2), "E: " + kLegacySystemFailed + "  ");
+  EXPECT_EQ(lines[1].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
+  EXPECT_EQ(lines[2].substr(0, 3 + kXmlSourceFailed.size()), "E: " + kXmlSourceFailed);
+  EXPECT_EQ(lines[3].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
+  const std::string last = "E: " + WithCode(kPolicySourceFailed, 0x80070002);
+  EXPECT_EQ(lines[4].substr(0, last.size()), last);
+
+  // The policy key found, the unique id still cannot be asked for.
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
+  SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
+  registry_.Apply();
+  Logger().Clear();
+  WString path = kPolicyKey;
+  Outputs policy;
+  EXPECT_LT(tarnix::loadCommonServerInfo(&path[0], &policy.url, &policy.serviceValue,
+                                         &policy.certificate),
+            0);
+  EXPECT_EQ(policy.Url(), "https://policy");
+  ASSERT_EQ(Lines().size(), 1u);
+  EXPECT_EQ(Lines()[0].substr(0, 3 + kCommonSystemFailed.size()), "E: " + kCommonSystemFailed);
+}
+
+TEST_F(ServerInfo, HostileConfigurationGetsDefinedAnswers) {
+  const WString longUrl = WSTR("https://") + WString(100000, WCHAR('u'));
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, longUrl + WSTR("|s|c"));
+  registry_.Apply();
+  Outputs out;
+  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK);
+  EXPECT_EQ(SysStringLen(out.url), longUrl.size());
+
+  // No source at all: every configuration shape ends in a failure code, never a crash.
+  registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR(""));
+  registry_.Apply();
+  const WString configs[] = {
+      WSTR("<config><serverConfigRegistry>"),
+      WSTR("<config><serverConfigRegistry>") + WString(70000, WCHAR('k')) +
+          WSTR("</serverConfigRegistry></config>"),
+      WString(70000, WCHAR('\\')),
+      WSTR("<!DOCTYPE c [<!ENTITY e SYSTEM \"file:///etc/hostname\">]><c><serverConfigRegistry>"
+           "&e;</serverConfigRegistry></c>"),
+  };
+  for (const WString& config : configs) {
+    Logger().Clear();
+    Outputs failed;
+    EXPECT_LT(GetServerInfo(config, &failed), 0) << config.size();
+    EXPECT_TRUE(failed.UrlUntouched()) << config.size();
+  }
+}
+
+TEST_F(ServerInfo, HiveFileWithBrokenLinesStillServesItsGoodLines) {
+#ifdef _WIN32
+  GTEST_SKIP() << "only the POSIX build reads its registry from a file";
+#else
+  const std::string file = registry_.FilePath() + ".broken.reg";
+  {
+    std::ofstream out(file, std::ios::binary);
+    out << "Windows Registry Editor Version 5.00\r\n\r\n"
+        << "[HKEY_LOCAL_MACHINE\\Software\\Broken\r\n"
+        << "a line without an equals sign\r\n"
+        << "\"unclosed=\"x\r\n"
+        << "\"bad list\"=hex(7):zz,00,\\\r\n"
+        << "\"bad number\"=dword:nothex\r\n"
+        << std::string(1 << 20, '[') << "\r\n"
+        << "\r\n[HKEY_LOCAL_MACHINE\\Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager]\r\n"
+        << "\"Zelmar Server URL\"=\"https://good|svc|cert\"\r\n";
+  }
+  setenv(tarnix::posix::kRegistryFileVariable, file.c_str(), 1);
+  EXPECT_GT(tarnix::posix::ReloadRegistry(), 0u);
+  Outputs out;
+  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK);
+  EXPECT_EQ(out.Url(), "https://good");
+  EXPECT_EQ(out.Certificate(), "cert");
+  std::remove(file.c_str());
+#endif
+}
+
+}  // namespace
