@@ -217,6 +217,19 @@ TEST(Variant, BstrCompareOrdersLettersBeforeCaseAndTreatsNullAsEmpty) {
   EXPECT_EQ(VarBstrCmp(lower.Get(), upper.Get(), LOCALE_USER_DEFAULT, NORM_IGNORECASE), VARCMP_EQ);
   EXPECT_EQ(VarBstrCmp(nullptr, empty.Get(), LOCALE_USER_DEFAULT, 0), VARCMP_EQ);
   EXPECT_EQ(VarBstrCmp(nullptr, lower.Get(), LOCALE_USER_DEFAULT, 0), VARCMP_LT);
+
+  // Word order: symbols, then digits, then letters; hyphens count only in a tie.
+  auto compare = [](const WCHAR* a, const WCHAR* b) {
+    tarnix::ScopedBstr left(a), right(b);
+    return VarBstrCmp(left.Get(), right.Get(), LOCALE_USER_DEFAULT, 0);
+  };
+  EXPECT_EQ(compare(WSTR("_a"), WSTR("a")), VARCMP_LT);
+  EXPECT_EQ(compare(WSTR("1"), WSTR("a")), VARCMP_LT);
+  EXPECT_EQ(compare(WSTR("B"), WSTR("a")), VARCMP_GT);
+  EXPECT_EQ(compare(WSTR("a b"), WSTR("ab")), VARCMP_LT);
+  EXPECT_EQ(compare(WSTR("co-op"), WSTR("coop")), VARCMP_GT);
+  EXPECT_EQ(compare(WSTR("a-c"), WSTR("ab")), VARCMP_GT);
+  EXPECT_EQ(compare(WSTR("10"), WSTR("9")), VARCMP_LT);
 }
 
 TEST(Bstr, StringsAreLengthPrefixedAndKeepOddByteCounts) {

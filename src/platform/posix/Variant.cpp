@@ -109,19 +109,72 @@ HRESULT VariantCopy(VARIANTARG* pvargDest, VARIANTARG* pvargSrc) {
   return S_OK;
 }
 
-HRESULT VarBstrCmp(BSTR bstrLeft, BSTR bstrRight, LCID lcid, ULONG dwFlags) {
-  const size_t leftLength = SysStringLen(bstrLeft);
-  const size_t rightLength = SysStringLen(bstrRight);
-  const WCHAR empty = 0;
-  const WCHAR* left = bstrLeft ? bstrLeft : &empty;
-  const WCHAR* right = bstrRight ? bstrRight : &empty;
-  // Letters order first regardless of case; without NORM_IGNORECASE a tie is then broken
-  // by case, lower before upper, as the user-default collation orders Latin text.
-  int order = tarnix::posix::CompareFolded(left, leftLength, right, rightLength);
-  if (order == 0 && (dwFlags & NORM_IGNORECASE) == 0) {
-    for (size_t i = 0; i < leftLength && order == 0; ++i) {
-      if (left[i] != right[i]) order = left[i] > right[i] ? -1 : 1;
-    }
+namespace {
+
+// Collation as the user-default locale orders text ("word sort"): hyphens and apostrophes
+// count only when all else is equal; symbols sort before digits, digits before letters;
+// a letter's accent matters only between otherwise equal texts, and its case after that,
+// lower before upper.
+bool Ignorable(WCHAR c) { return c == u'-' || c == u'\''; }
+
+// The letter without its accent, for the accented Latin-1 letters.
+WCHAR BaseLetter(WCHAR c) {
+  static const char kBases[] = "AAAAAAACEEEEIIIIDNOOOOO*OUUUUYTsaaaaaaaceeeeiiiidnooooo/ouuuuyty";
+  if (c < 0xC0 || c > 0xFF) return c;
+  const char base = kBases[c - 0xC0];
+  return (base == '*' || base == '/' || base == 'T' || base == 't' || base == 's') ? c : static_cast<WCHAR>(base);
+}
+
+uint32_t PrimaryWeight(WCHAR c) {
+  const WCHAR folded = tarnix::posix::FoldCase(BaseLetter(c));
+  if (folded >= u'0' && folded <= u'9') return 0x10000 + folded;
+  if ((folded >= u'A' && folded <= u'Z') || folded >= 0xC0) return 0x20000 + folded;
+  return 0x100 + folded;  // blanks, punctuation and symbols
+}
+
+std::u16string Significant(const WCHAR* text, size_t length) {
+  std::u16string out;
+  for (size_t k = 0; k < length; ++k) {
+    if (!Ignorable(text[k])) out.push_back(text[k]);
   }
+  return out;
+}
+
+template <class Key>
+int CompareBy(const std::u16string& a, const std::u16string& b, Key key) {
+  const size_t n = a.size() < b.size() ? a.size() : b.size();
+  for (size_t k = 0; k < n; ++k) {
+    const auto x = key(a[k]), y = key(b[k]);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
+int Collate(const WCHAR* a, size_t an, const WCHAR* b, size_t bn, bool ignoreCase) {
+  const std::u16string x = Significant(a, an), y = Significant(b, bn);
+  int order = CompareBy(x, y, PrimaryWeight);
+  if (order == 0) order = CompareBy(x, y, [](WCHAR c) { return tarnix::posix::FoldCase(c); });
+  if (order == 0 && !ignoreCase) {
+    // Lower case first: the higher code unit of a letter pair is the lower-case one.
+    order = CompareBy(x, y, [](WCHAR c) { return -static_cast<int>(c); });
+  }
+  if (order == 0) {
+    // Only the hyphens and apostrophes differ: more of them sorts later.
+    std::u16string ignoredA, ignoredB;
+    for (size_t k = 0; k < an; ++k) if (Ignorable(a[k])) ignoredA.push_back(a[k]);
+    for (size_t k = 0; k < bn; ++k) if (Ignorable(b[k])) ignoredB.push_back(b[k]);
+    order = ignoredA.size() != ignoredB.size() ? (ignoredA.size() < ignoredB.size() ? -1 : 1)
+                                               : ignoredA.compare(ignoredB);
+  }
+  return order;
+}
+
+}  // namespace
+
+HRESULT VarBstrCmp(BSTR bstrLeft, BSTR bstrRight, LCID lcid, ULONG dwFlags) {
+  const WCHAR empty = 0;
+  const int order = Collate(bstrLeft ? bstrLeft : &empty, SysStringLen(bstrLeft),
+                            bstrRight ? bstrRight : &empty, SysStringLen(bstrRight),
+                            (dwFlags & NORM_IGNORECASE) != 0);
   return order < 0 ? VARCMP_LT : (order > 0 ? VARCMP_GT : VARCMP_EQ);
 }
