@@ -1,0 +1,94 @@
+// User sessions: identity, the host's connected flag, and properties as text.
+#include "ConvertTest.h"
+
+namespace tarnix::testing {
+namespace {
+
+constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
+
+class UserSessionTest : public ConvertTest {
+ protected:
+  // The converter takes over the reference it is given; the test keeps its own.
+  std::shared_ptr<CJavaObject> Convert(const ComPtr<FakeUserSession>& session) {
+    return Convertor().GetUserSession(VmRef(), ComPtr<IHostUserSession>(session.Get()));
+  }
+};
+
+TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
+  auto ann = MakeFake<FakeUserSession>(7, WSTR("S-1-5-21-7"), WSTR("ann"), WSTR("CORP"), 1);
+  ann->Properties()
+      .Add(WSTR("count"), I4(42))
+      .Add(WSTR("nothing"), Empty())
+      .Add(WSTR("missing"), OfType(VT_NULL))  // no text for it: sent as ""
+      .Add(WSTR("client"), Text(WSTR("pc-7")));
+  auto bob = MakeFake<FakeUserSession>(8, WSTR("S-1-5-21-8"), WSTR("bob"), WSTR("CORP"),
+                                       VARIANT_TRUE);
+  auto eve = MakeFake<FakeUserSession>(9, WSTR("S-1-5-21-9"), WSTR("eve"), WSTR("CORP"), 0);
+
+  EXPECT_EQ(Describe(Convert(ann)),
+            "BaseUserSession{id=7, sid=\"S-1-5-21-7\", user=\"ann\", domain=\"CORP\", "
+            "connected=true, properties={\"count\"=\"42\", \"nothing\"=\"\", \"missing\"=\"\", "
+            "\"client\"=\"pc-7\"}, metrics=[], remoteApps=[]}");
+  EXPECT_EQ(Describe(Convert(bob)),
+            "BaseUserSession{id=8, sid=\"S-1-5-21-8\", user=\"bob\", domain=\"CORP\", "
+            "connected=false, properties={}, metrics=[], remoteApps=[]}");
+  EXPECT_NE(Describe(Convert(eve)).find("connected=false"), std::string::npos);
+  EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
+  EXPECT_EQ(ann->RefCount(), 1u);
+  EXPECT_EQ(ann->Calls(SessionSlot::UserLabel), 0);
+}
+
+TEST_F(UserSessionTest, PropertyFailuresAreLoggedAndNeverFailTheSession) {
+  auto noBox = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+  noBox->Fail(SessionSlot::PropertyBox, kHostFailure);
+  auto noEnumerator = MakeFake<FakeUserSession>(2, WSTR("S-2"), WSTR("bob"), WSTR("CORP"));
+  noEnumerator->Properties().Add(WSTR("a"), I4(1)).FailEnumerator(kHostFailure);
+  auto refused = MakeFake<FakeUserSession>(3, WSTR("S-3"), WSTR("cy"), WSTR("CORP"));
+  refused->Properties().Add(WSTR("a"), I4(1)).Add(WSTR("b"), I4(2)).Add(WSTR("c"), I4(3));
+  auto unnamed = MakeFake<FakeUserSession>(4, WSTR("S-4"), WSTR("di"), WSTR("CORP"));
+  unnamed->Properties().Add(WSTR("x"), I4(1));
+  unnamed->Fail(SessionSlot::UserLabel, kHostFailure);
+
+  EXPECT_NE(Describe(Convert(noBox)).find("properties={}"), std::string::npos);
+  EXPECT_NE(Describe(Convert(noEnumerator)).find("properties={}"), std::string::npos);
+  Java().ThrowOnHit("BaseUserSession.putProperty", 2, "java.lang.IllegalStateException", "no b");
+  EXPECT_NE(Describe(Convert(refused)).find("properties={\"a\"=\"1\", \"c\"=\"3\"}"),
+            std::string::npos);
+  Java().ThrowIn("BaseUserSession.putProperty", "java.lang.IllegalStateException", "no x");
+  EXPECT_NE(Describe(Convert(unnamed)).find("properties={}"), std::string::npos);
+
+  const std::vector<std::string> errors = Lines(LogOperation::Error);
+  ASSERT_EQ(errors.size(), 4u) << Logger().Dump();
+  // These two run "box" and "Error" together; the host's readers expect them so.
+  EXPECT_EQ(errors[0], "Failed to get property boxError code 0x80041234.");
+  EXPECT_EQ(errors[1], "Failed to get enumerator from property boxError code 0x80041234.");
+  EXPECT_TRUE(EndsWithException(errors[2], "Failed to set user property b for user CORP\\cy.  ",
+                                "java.lang.IllegalStateException: no b"));
+  EXPECT_TRUE(EndsWithException(errors[3], "Failed to set user property x for user NULL.  ",
+                                "java.lang.IllegalStateException: no x"));
+}
+
+TEST_F(UserSessionTest, IdentityFailuresDropTheSessionSilentlyAndTheReferenceIsReleased) {
+  for (SessionSlot slot : {SessionSlot::Id, SessionSlot::Sid, SessionSlot::User,
+                           SessionSlot::Domain, SessionSlot::Connected}) {
+    auto session = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+    session->Fail(slot, kHostFailure);
+    EXPECT_FALSE(Convert(session)) << static_cast<int>(slot);
+    EXPECT_EQ(session->RefCount(), 1u);
+    EXPECT_EQ(session->Calls(SessionSlot::PropertyBox), 0);
+  }
+  EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
+  EXPECT_FALSE(Convertor().GetUserSession(VmRef(), nullptr));
+
+  Java().ThrowIn("BaseUserSession.<init>", "java.lang.IllegalStateException", "no session");
+  auto session = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+  EXPECT_FALSE(Convert(session));
+  EXPECT_EQ(session->RefCount(), 1u);
+  const std::vector<std::string> errors = Lines(LogOperation::Error);
+  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  EXPECT_TRUE(EndsWithException(errors[0], "Failed to create a new Java user session object.  ",
+                                "java.lang.IllegalStateException: no session"));
+}
+
+}  // namespace
+}  // namespace tarnix::testing
