@@ -27,6 +27,9 @@ public class Probe implements Text.Describable {
     return i + "|" + j + "|" + d + "|" + z + "|" + Text.of(s);
   }
 
+  /** Does nothing: the cost of a call and nothing else. */
+  public void touch(long j) {}
+
   public String wideLong(long j) {
     return Long.toString(j);
   }

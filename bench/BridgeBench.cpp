@@ -1,0 +1,158 @@
+// The bridge's primitives beside the same JNI calls made by hand with cached ids, on the
+// real JDK. The pairs differ by what the bridge adds: the thread-map lookup, the alias
+// lookup and argument check, and owning every reference.
+//
+//   build with -DTARNIX_BUILD_BENCH=ON, then: bench/bridge_bench
+#include "jni/JavaVM.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+constexpr const char kProbe[] = "com/tarnix/testing/Probe";
+constexpr MethodEntry kProbeMethods[] = {
+    {"ctor()", "<init>", "()V"},
+    {"ctor(time)", "<init>", "(J)V"},
+    {"touch", "touch", "(J)V"},
+};
+
+// One JVM for the whole run; a JVM cannot be made twice in a process.
+struct Bench {
+  std::shared_ptr<CJavaVM> machine;
+  std::shared_ptr<CJavaClass> probeClass;
+  std::shared_ptr<CJavaObject> probe;
+};
+
+Bench& Shared() {
+  static Bench* bench = [] {
+    auto* made = new Bench;
+    WString home;
+    for (const char* c = TARNIX_BENCH_JAVA_HOME; *c; ++c) home.push_back(static_cast<WCHAR>(*c));
+    made->machine = std::make_shared<CJavaVM>(home);
+    if (made->machine->Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH,
+                               "-Xrs", "-Xmx100M"}) != 0) {
+      std::fprintf(stderr, "no JVM\n");
+      std::exit(1);
+    }
+    made->probeClass = made->machine->LoadClass(kProbe, kProbeMethods);
+    made->probe = made->probeClass ? made->probeClass->NewObject("ctor()") : nullptr;
+    if (!made->probe) {
+      std::fprintf(stderr, "no probe class\n");
+      std::exit(1);
+    }
+    return made;
+  }();
+  return *bench;
+}
+
+const WString kText = WSTR("twenty characters...");
+
+// Threads of a multi-threaded run attach for the run, as host threads attach per call.
+CJavaVM::ThreadDetachGuard AttachThisThread() { return Shared().machine->AttachForScope(); }
+
+void BridgeNewString(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  CJavaVM& machine = *Shared().machine;
+  for (auto _ : state) benchmark::DoNotOptimize(machine.NewString(kText));
+}
+
+void RawNewString(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  JNIEnv* env = Shared().machine->GetEnv();
+  const auto* chars = reinterpret_cast<const jchar*>(kText.data());
+  const auto length = static_cast<jsize>(kText.size());
+  for (auto _ : state) {
+    jstring string = env->NewString(chars, length);
+    benchmark::DoNotOptimize(string);
+    env->DeleteLocalRef(string);
+  }
+}
+
+void BridgeNewObject(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  CJavaClass& probeClass = *Shared().probeClass;
+  for (auto _ : state) benchmark::DoNotOptimize(probeClass.NewObject("ctor(time)", jlong{42}));
+}
+
+// The same work as the bridge: a global reference that lives as long as the object.
+void RawNewObjectGlobal(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  JNIEnv* env = Shared().machine->GetEnv();
+  const jclass type = Shared().probeClass->Get();
+  const jmethodID constructor = env->GetMethodID(type, "<init>", "(J)V");
+  for (auto _ : state) {
+    jobject local = env->NewObject(type, constructor, jlong{42});
+    jobject global = env->NewGlobalRef(local);
+    env->DeleteLocalRef(local);
+    benchmark::DoNotOptimize(global);
+    env->DeleteGlobalRef(global);
+  }
+}
+
+void RawNewObjectLocal(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  JNIEnv* env = Shared().machine->GetEnv();
+  const jclass type = Shared().probeClass->Get();
+  const jmethodID constructor = env->GetMethodID(type, "<init>", "(J)V");
+  for (auto _ : state) {
+    jobject local = env->NewObject(type, constructor, jlong{42});
+    benchmark::DoNotOptimize(local);
+    env->DeleteLocalRef(local);
+  }
+}
+
+void BridgeCallVoidMethod(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  CJavaObject& probe = *Shared().probe;
+  for (auto _ : state) probe.CallVoidMethod("touch", jlong{7});
+}
+
+void RawCallVoidMethod(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  JNIEnv* env = Shared().machine->GetEnv();
+  const jobject probe = Shared().probe->Get();
+  const jmethodID touch = env->GetMethodID(Shared().probeClass->Get(), "touch", "(J)V");
+  for (auto _ : state) env->CallVoidMethod(probe, touch, jlong{7});
+}
+
+void BridgeGetEnv(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  CJavaVM& machine = *Shared().machine;
+  for (auto _ : state) benchmark::DoNotOptimize(machine.GetEnv());
+}
+
+// A host thread entering Java for one call: attach, call, detach.
+void BridgeAttachCallDetach(benchmark::State& state) {
+  CJavaVM& machine = *Shared().machine;
+  CJavaObject& probe = *Shared().probe;
+  std::thread([&] {
+    for (auto _ : state) {
+      auto guard = machine.AttachForScope();
+      probe.CallVoidMethod("touch", jlong{7});
+    }
+  }).join();
+}
+
+}  // namespace
+
+BENCHMARK(RawNewString);
+BENCHMARK(BridgeNewString);
+BENCHMARK(RawNewObjectLocal);
+BENCHMARK(RawNewObjectGlobal);
+BENCHMARK(BridgeNewObject);
+BENCHMARK(RawCallVoidMethod)->Threads(1)->Threads(2);
+BENCHMARK(BridgeCallVoidMethod)->Threads(1)->Threads(2);
+BENCHMARK(BridgeGetEnv)->Threads(1)->Threads(2);
+BENCHMARK(BridgeAttachCallDetach);
+
+int main(int argc, char** argv) {
+  Shared();  // the JVM starts on the main thread, which stays its creating thread
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
