@@ -6,6 +6,7 @@
 
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
+#include "jni/LocalRef.h"
 
 #include <gtest/gtest.h>
 
@@ -63,6 +64,23 @@ TEST(JavaVM, TearDownAfterUseDestroysTheJvm) {
     probe.reset();
   }
   SUCCEED() << "the JVM came down without hanging";
+}
+
+TEST(JavaVM, UnloadForgetsTheMachineButLeavesTheJvmRunning) {
+  auto machine = CreateTestMachine();
+  ASSERT_TRUE(machine);
+  ASSERT_TRUE(machine->LoadClass(kProbe, kProbeMethods));
+  JavaVM* jvm = machine->GetJavaVM();
+  machine->Unload();
+  EXPECT_FALSE(machine->GetClass(kProbe));
+  EXPECT_EQ(machine->GetEnv(), nullptr);
+  EXPECT_FALSE(machine->NewString(WSTR("no environment")));
+
+  // The JVM itself goes on, its library still in place.
+  JNIEnv* env = nullptr;
+  ASSERT_EQ(jvm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6), JNI_OK);
+  tarnix::LocalRef<jclass> probe(env, env->FindClass(kProbe));
+  EXPECT_TRUE(probe);
 }
 
 }  // namespace

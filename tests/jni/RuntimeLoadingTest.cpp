@@ -229,4 +229,30 @@ TEST(RuntimeLoading, DestructionDestroysTheMachineAndFreesTheLibrary) {
   EXPECT_FALSE(IsModuleLoaded(path));
 }
 
+TEST(RuntimeLoading, UnloadLetsGoOfARunningMachineWithoutDestroyingIt) {
+  StubRecord record{};
+  WString path;
+  {
+    CJavaVM machine(TARNIX_TEST_STUB_JRE);
+    path = machine.GetRuntimeLibraryPath();
+    ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
+    machine.Unload();
+    EXPECT_EQ(machine.GetEnv(), nullptr);
+    EXPECT_EQ(machine.GetJavaVM(), nullptr);
+    EXPECT_EQ(machine.GetRuntimeModule(), nullptr);
+    EXPECT_EQ(machine.DetachCurrentThread(), JNI_ERR);
+  }
+  EXPECT_EQ(record.destroyCalls, 0);
+  // The machine's threads still run in the library's code, so it stays mapped.
+  EXPECT_TRUE(IsModuleLoaded(path));
+
+  // A library whose machine never started has nothing running in it.
+  CJavaVM refused(TARNIX_TEST_STUB_JRE_WITHOUT_ENTRY);
+  EXPECT_NE(refused.Create({}), 0);
+  const WString refusedPath = refused.GetRuntimeLibraryPath();
+  EXPECT_TRUE(IsModuleLoaded(refusedPath));
+  refused.Unload();
+  EXPECT_FALSE(IsModuleLoaded(refusedPath));
+}
+
 }  // namespace
