@@ -73,17 +73,16 @@ void AppendField(WString& out, const Directive& d, const WCHAR* body, size_t len
   out.append(body, length);
 }
 
-void AppendText(WString& out, const Directive& d, const FormatArg* arg) {
+void AppendText(WString& out, const Directive& d, const FormatArg& arg) {
   static const WCHAR kNull[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
-  if (!arg || arg->GetKind() != FormatArg::Kind::Text) return;
-  const WCHAR* text = arg->Text() ? arg->Text() : kNull;
+  const WCHAR* text = arg.Text() ? arg.Text() : kNull;
   size_t length = 0;
   while (text[length] && (!d.hasPrecision || length < d.precision)) ++length;
   AppendField(out, d, text, length, false);
 }
 
-void AppendNumber(WString& out, const Directive& d, const FormatArg* arg) {
-  uint64_t bits = arg->Bits();
+void AppendNumber(WString& out, const Directive& d, const FormatArg& arg) {
+  uint64_t bits = arg.Bits();
   if (!d.wide64) bits &= 0xFFFFFFFFu;
   WCHAR digits[24];
   WCHAR* end = digits + sizeof(digits) / sizeof(digits[0]);
@@ -130,15 +129,16 @@ WString FormatTextArgs(const WCHAR* format, const FormatArg* args, size_t count)
       }
       Directive d = ParseDirective(p);
       const FormatArg* arg = next < count ? &args[next] : nullptr;
+      // A directive whose argument is missing, or of the other kind, prints nothing.
+      const bool isText = arg && arg->GetKind() == FormatArg::Kind::Text;
       switch (d.conversion) {
         case 's':
           if (arg) ++next;
-          AppendText(out, d, arg);
+          if (isText) AppendText(out, d, *arg);
           break;
         case 'd': case 'i': case 'u': case 'x': case 'X':
-          if (!arg) break;
-          ++next;
-          if (arg->GetKind() != FormatArg::Kind::Text) AppendNumber(out, d, arg);
+          if (arg) ++next;
+          if (arg && !isText) AppendNumber(out, d, *arg);
           break;
         case 0:
           // The format ends inside a directive: keep what was written of it.
