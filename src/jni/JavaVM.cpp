@@ -47,10 +47,8 @@ void CJavaVM::Unload() {
 
 LONG CJavaVM::Create(std::vector<std::string> options) {
   if (vm_) return 0;
-  if (!runtimeLibraryPath_.empty()) {
-    const HRESULT loaded = library_.Load(runtimeLibraryPath_, dllDirectory_);
-    if (FAILED(loaded)) return loaded;
-  }
+  const HRESULT loaded = library_.Load(runtimeLibraryPath_, dllDirectory_);
+  if (FAILED(loaded)) return loaded;
   const tarnix::CreateJavaVMFunction createJavaVM = library_.GetCreateJavaVM();
   if (!createJavaVM) {
     const DWORD error = GetLastError();
