@@ -4,13 +4,11 @@
 #include "JvmTestSupport.h"
 #include "common/ErrorText.h"
 #include "fixtures/FakeCallbacks.h"
-#include "manager/AnswerDelivery.h"
 #include "manager/CommManagerImpl.h"
 #include "tarnix/DataType.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <thread>
 
 namespace tarnix::testing {
@@ -79,33 +77,6 @@ TEST_F(ManagerDumpData, StartupMessageDescribesTheClientAndItsAnswerReachesTheHo
   EXPECT_EQ(callback->Answers().size(), 1u);
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
   manager.Unregister(WSTR("url"), WSTR("auth-token"), WSTR("cert"), callback.Get());
-}
-
-TEST_F(ManagerDumpData, AStartupAnswerWithoutAKeyForcesAPolicyUpdate) {
-  auto first = MakeFake<FakeDataDumpCallback>();
-  auto second = MakeFake<FakeDataDumpCallback>();
-  CRMICommManagerImpl manager;
-  ASSERT_EQ(manager.Initialize(), S_OK);
-  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
-  manager.Register(WSTR("one"), nullptr, nullptr, first.Get());
-  manager.Register(WSTR("two"), nullptr, nullptr, second.Get());
-  struct Closer {
-    void operator()(void* handle) const { CloseHandle(handle); }
-  };
-  const std::unique_ptr<void, Closer> event(
-      CreateEventW(nullptr, FALSE, FALSE, kPolicyUpdateEventName));
-  ASSERT_TRUE(event);
-
-  EXPECT_EQ(Dump(manager, eStartup), E_FAIL);
-  EXPECT_EQ(WaitForSingleObject(event.get(), 10000), static_cast<DWORD>(WAIT_OBJECT_0));
-  EXPECT_EQ(
-      CountStartingWith(Logger(), "Failed to CallCallback for eStartup:(url, auth-token, cert)"),
-      1u);
-  EXPECT_EQ(CountStartingWith(Logger(), "Force to update policy..."), 1u);
-  EXPECT_TRUE(first->Answers().empty());
-  EXPECT_TRUE(second->Answers().empty());
-  manager.Unregister(WSTR("one"), nullptr, nullptr, first.Get());
-  manager.Unregister(WSTR("two"), nullptr, nullptr, second.Get());
 }
 
 TEST_F(ManagerDumpData, JavaFailuresBecomeResultCodes) {

@@ -130,29 +130,6 @@ std::vector<std::string> RawJava::Calls() {
   return calls;
 }
 
-std::string RawJava::InputArguments() {
-  if (!env_) return {};
-  const jclass factory = env_->FindClass("java/lang/management/ManagementFactory");
-  const jmethodID getRuntime = env_->GetStaticMethodID(factory, "getRuntimeMXBean",
-                                                       "()Ljava/lang/management/RuntimeMXBean;");
-  const jobject runtime = env_->CallStaticObjectMethod(factory, getRuntime);
-  env_->DeleteLocalRef(factory);
-  if (!Checked("getRuntimeMXBean")) return {};
-  const jclass bean = env_->GetObjectClass(runtime);
-  const jmethodID getArguments = env_->GetMethodID(bean, "getInputArguments", "()Ljava/util/List;");
-  const jobject list = env_->CallObjectMethod(runtime, getArguments);
-  env_->DeleteLocalRef(bean);
-  env_->DeleteLocalRef(runtime);
-  if (!Checked("getInputArguments")) return {};
-  const jclass object = env_->FindClass("java/lang/Object");
-  const jmethodID toString = env_->GetMethodID(object, "toString", "()Ljava/lang/String;");
-  const jstring text = static_cast<jstring>(env_->CallObjectMethod(list, toString));
-  env_->DeleteLocalRef(object);
-  env_->DeleteLocalRef(list);
-  if (!Checked("toString")) return {};
-  return Text(text);
-}
-
 bool RawJava::Checked(const char* what) {
   if (!env_->ExceptionCheck()) return true;
   env_->ExceptionClear();

@@ -54,8 +54,6 @@ class RawJava {
   std::string SystemProperty(const char* name);
   // The calls the stand-ins recorded, oldest first.
   std::vector<std::string> Calls();
-  // The machine's options as the JVM reports them.
-  std::string InputArguments();
 
  private:
   std::string StaticString(const char* className, const char* method, const char* signature,
