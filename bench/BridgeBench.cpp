@@ -125,6 +125,13 @@ void BridgeGetEnv(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(machine.GetEnv());
 }
 
+// What the bridge's refusal to call with an exception pending costs on every call.
+void RawExceptionCheck(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  JNIEnv* env = Shared().machine->GetEnv();
+  for (auto _ : state) benchmark::DoNotOptimize(env->ExceptionCheck());
+}
+
 // A host thread entering Java for one call: attach, call, detach.
 void BridgeAttachCallDetach(benchmark::State& state) {
   CJavaVM& machine = *Shared().machine;
@@ -147,6 +154,7 @@ BENCHMARK(BridgeNewObject);
 BENCHMARK(RawCallVoidMethod)->Threads(1)->Threads(2);
 BENCHMARK(BridgeCallVoidMethod)->Threads(1)->Threads(2);
 BENCHMARK(BridgeGetEnv)->Threads(1)->Threads(2);
+BENCHMARK(RawExceptionCheck);
 BENCHMARK(BridgeAttachCallDetach);
 
 int main(int argc, char** argv) {
