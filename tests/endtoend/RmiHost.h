@@ -1,0 +1,39 @@
+// A host whose component talks to a real message server: the agent's settings in the
+// registry, the host's identity, and the server in a process of its own.
+#pragma once
+
+#include "MessageServerProcess.h"
+#include "fixtures/HostTest.h"
+#include "fixtures/TestRegistry.h"
+#include "platform/WideText.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tarnix::testing {
+
+class RmiHostTest : public HostTest {
+ protected:
+  RmiHostTest();
+  void TearDown() override;
+
+  // Starts the server (on `port`, 0 for a free one); a failure to start fails the test.
+  hostsim::MessageServerProcess& StartServer(int port = 0);
+  void StopServer();
+  hostsim::MessageServerProcess& Server() { return *server_; }
+  // The server's URL as the host hands it to the component.
+  WString Url() const { return url_; }
+
+  // The lines of one log operation, as UTF-8.
+  std::vector<std::string> Lines(LogOperation operation);
+
+  static std::string RuntimeLibrary();
+
+ private:
+  TestRegistry registry_;
+  std::unique_ptr<hostsim::MessageServerProcess> server_;
+  WString url_;
+};
+
+}  // namespace tarnix::testing
