@@ -84,12 +84,7 @@ class NotADocument : public tarnix::testing::FakeCom<IUnknown> {
   NotADocument() : FakeCom("NotADocument") {}
 };
 
-TEST_F(ServerConfigXml, DocumentObjectsAreReadInPlaceAndOtherValuesRefused) {
-  auto document = Document(WSTR("<c><serverConfigRegistry>Software\\Object</serverConfigRegistry></c>"));
-  ScopedVariant unknown;
-  unknown.SetUnknown(document.Get());
-  EXPECT_EQ(Find(unknown.Get()), Found(S_OK, "Software\\Object"));
-
+TEST_F(ServerConfigXml, DocumentObjectWithoutEntryFailsAndOtherObjectsAreRefused) {
   auto empty = Document(WSTR("<c/>"));
   ScopedVariant emptyDocument;
   emptyDocument.SetUnknown(empty.Get());
