@@ -17,16 +17,15 @@ function(tarnix_add_test name)
   if(NOT T_LABELS)
     set(T_LABELS unit)
   endif()
-  # The lock goes first: a list of labels is flattened and would swallow what follows it.
   set(properties)
   if(T_RESOURCE_LOCK)
-    list(APPEND properties RESOURCE_LOCK "${T_RESOURCE_LOCK}")
+    set(properties PROPERTIES RESOURCE_LOCK "${T_RESOURCE_LOCK}")
   endif()
-  list(APPEND properties LABELS "${T_LABELS}")
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 120
-    PROPERTIES ${properties})
+    ${properties})
+  tarnix_discovered_test_properties(${name} LABELS ${T_LABELS})
 endfunction()
 
 # tarnix_discovered_test_properties(<target> [LABELS <label>...]
