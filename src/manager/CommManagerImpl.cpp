@@ -9,6 +9,11 @@ using tarnix::CallbackKey;
 
 namespace {
 
+// On Windows the main thread's thread-local objects are destroyed after the process has
+// begun to end, when Java's own threads have been stopped mid-way: a call into Java then
+// may never return.
+std::atomic<bool> g_processEnding{false};
+
 // Tears the manager down when the thread that started Java ends: that thread created the
 // Java machine, and its end is the component's end as far as Java is concerned.
 class CRMICommManagerImplCleaner {
@@ -19,7 +24,7 @@ class CRMICommManagerImplCleaner {
                              Operation teardown)
       : manager_(manager), alive_(std::move(alive)), teardown_(teardown) {}
   ~CRMICommManagerImplCleaner() {
-    if (!alive_.expired()) (manager_->*teardown_)();
+    if (!alive_.expired() && !g_processEnding.load()) (manager_->*teardown_)();
   }
   CRMICommManagerImplCleaner(const CRMICommManagerImplCleaner&) = delete;
   CRMICommManagerImplCleaner& operator=(const CRMICommManagerImplCleaner&) = delete;
@@ -35,6 +40,8 @@ thread_local std::shared_ptr<CRMICommManagerImplCleaner> t_cleaner;
 }  // namespace
 
 CRMICommManagerImpl::CRMICommManagerImpl() = default;
+
+void CRMICommManagerImpl::ProcessEnding() { g_processEnding.store(true); }
 
 CRMICommManagerImpl::~CRMICommManagerImpl() {
   alive_.reset();

@@ -52,6 +52,10 @@ class CRMICommManagerImpl {
   // started Java, as that thread ends.
   LONG Teardown();
 
+  // The host's process is ending (its other threads are already gone), while the
+  // starting thread's teardown may still be to come: that teardown then leaves Java alone.
+  static void ProcessEnding();
+
   ManagerState GetState() const { return static_cast<ManagerState>(state_.load()); }
   std::shared_ptr<CJavaVM> GetJavaVM() const;
   std::shared_ptr<CJavaObject> GetMessageClient() const;

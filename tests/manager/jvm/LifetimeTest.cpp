@@ -3,6 +3,7 @@
 #include "JvmHost.h"
 
 #include "fixtures/FakeCallbacks.h"
+#include "manager/CommManagerImpl.h"
 #include "manager/ManagerMessages.h"
 #include "tarnix/RMICommManager.h"
 
@@ -101,6 +102,16 @@ TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {
   EXPECT_NE(RunningJavaVM(), nullptr);
   EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
             S_OK);
+}
+
+TEST_F(ManagerLifetime, AnEndingProcessLeavesJavaAlone) {
+  CRMICommManagerImpl manager;
+  std::thread([&] {
+    EXPECT_EQ(manager.DumpData(WSTR("url"), nullptr, nullptr, 0, eTraceRoute, nullptr), S_OK);
+    CRMICommManagerImpl::ProcessEnding();
+  }).join();
+  EXPECT_EQ(manager.GetState(), eStateInitialized);
+  EXPECT_EQ(Count(RawJava().Calls(), "dispose()"), 0u);
 }
 
 }  // namespace
