@@ -4,6 +4,7 @@
 #include "platform/Win32.h"
 
 #include <cstddef>
+#include <string>
 
 namespace tarnix {
 
@@ -11,5 +12,9 @@ namespace tarnix {
 // HResultError(E_OUTOFMEMORY): the callers have no result code to hand it back through.
 ScopedBstr NewBstr(const WCHAR* text, size_t length);
 inline ScopedBstr NewBstr(const WString& text) { return NewBstr(text.data(), text.size()); }
+// A zero-terminated text; a null text gives an empty BSTR.
+inline ScopedBstr NewBstr(const WCHAR* text) {
+  return NewBstr(text, text ? std::char_traits<WCHAR>::length(text) : 0);
+}
 
 }  // namespace tarnix

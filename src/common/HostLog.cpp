@@ -23,7 +23,7 @@ IHostLogger* HostLog::Acquire() const {
 void HostLog::Write(IHostLogger* logger, LogOperation operation, const WString& message) {
   ScopedBstr text = NewBstr(message);
   // A fresh copy of the name for every call; no string is shared between calls.
-  ScopedBstr component = NewBstr(kComponentName, std::char_traits<WCHAR>::length(kComponentName));
+  ScopedBstr component = NewBstr(kComponentName);
   switch (operation) {
     case LogOperation::Error:
       logger->LogError(component.Get(), text.Get());
