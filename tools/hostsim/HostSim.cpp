@@ -103,7 +103,7 @@ class Demo {
  public:
   explicit Demo(Paths paths) : paths_(std::move(paths)) {}
 
-  int Run(long soakCalls);
+  int Run(long soakCalls, unsigned char soakType);
 
  private:
   bool StartServer(int port);
@@ -111,7 +111,7 @@ class Demo {
   LONG Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown* data,
             const char* what);
   void PrintNewLogLines();
-  int Soak(long calls);
+  int Soak(long calls, unsigned char type);
 
   Paths paths_;
   ComApartment apartment_;
@@ -223,9 +223,9 @@ LONG Demo::Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown
   return result;
 }
 
-int Demo::Run(long soakCalls) {
+int Demo::Run(long soakCalls, unsigned char soakType) {
   if (!StartServer(0) || !SetUpHost()) return 1;
-  if (soakCalls > 0) return Soak(soakCalls);
+  if (soakCalls > 0) return Soak(soakCalls, soakType);
   int failures = 0;
   const auto expect = [&failures](bool ok) { failures += ok ? 0 : 1; };
 
@@ -274,19 +274,19 @@ int Demo::Run(long soakCalls) {
   return failures == 0 ? 0 : 1;
 }
 
-int Demo::Soak(long calls) {
+int Demo::Soak(long calls, unsigned char type) {
   const std::string runtime = paths_.javaHome + "/lib/server/libjvm.so";
-  const auto sample = [] { return MakeSample(); };
+  const auto sample = [type] { return type == eSample ? MakeSample() : ComPtr<IUnknown>(); };
   const auto dump = [&](IUnknown* data) {
     return CRMICommManager::GetInstance().DumpData(info_.url.c_str(), info_.second.c_str(),
-                                                   info_.certificate.c_str(), 9, eSample, data);
+                                                   info_.certificate.c_str(), type, type, data);
   };
   for (int i = 0; i < 200; ++i) dump(sample().Get());
   server_->ClearReceived();
   const long refsBefore = JniGlobalReferences(runtime);
   const long rssBefore = ResidentKilobytes();
-  std::printf("soak: %ld eSample calls; before: %ld JNI global refs, %ld kB resident\n", calls,
-              refsBefore, rssBefore);
+  std::printf("soak: %ld calls of type %u; before: %ld JNI global refs, %ld kB resident\n",
+              calls, static_cast<unsigned>(type), refsBefore, rssBefore);
   const auto start = std::chrono::steady_clock::now();
   long failed = 0;
   for (long i = 1; i <= calls; ++i) {
@@ -317,11 +317,13 @@ int Demo::Soak(long calls) {
 int main(int argc, char** argv) {
   tarnix::hostsim::Paths paths;
   long soak = 0;
+  unsigned char soakType = eSample;
   for (int i = 1; i < argc; ++i) {
     if (!std::strcmp(argv[i], "--soak") && i + 1 < argc) soak = std::atol(argv[++i]);
     else if (!std::strcmp(argv[i], "--work") && i + 1 < argc) paths.work = argv[++i];
+    else if (!std::strcmp(argv[i], "--soak-startup")) soakType = eStartup;
     else {
-      std::fprintf(stderr, "usage: %s [--work DIR] [--soak CALLS]\n", argv[0]);
+      std::fprintf(stderr, "usage: %s [--work DIR] [--soak CALLS [--soak-startup]]\n", argv[0]);
       return 2;
     }
   }
@@ -333,5 +335,5 @@ int main(int argc, char** argv) {
   std::printf("tarnix-rmi host simulator\n  JDK:        %s\n  agent jars: %s\n  work:       %s\n\n",
               paths.javaHome.c_str(), paths.agentJars.c_str(), paths.work.c_str());
   tarnix::hostsim::Demo demo(paths);
-  return demo.Run(soak);
+  return demo.Run(soak, soakType);
 }

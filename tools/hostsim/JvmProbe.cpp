@@ -23,50 +23,69 @@ JavaVM* RunningJavaVM(const std::string& runtimeLibrary) {
   return found ? vm : nullptr;
 }
 
-// The JVM's thread dump, through its diagnostic command bean; empty on any failure.
-std::string ThreadDump(JNIEnv* env) {
-  std::string dump;
-  if (env->PushLocalFrame(16) != JNI_OK) return dump;
-  jclass factory = env->FindClass("java/lang/management/ManagementFactory");
-  jmethodID serverOf = factory ? env->GetStaticMethodID(factory, "getPlatformMBeanServer",
-                                                         "()Ljavax/management/MBeanServer;")
-                               : nullptr;
-  jobject server = serverOf ? env->CallStaticObjectMethod(factory, serverOf) : nullptr;
-  jclass nameClass = server ? env->FindClass("javax/management/ObjectName") : nullptr;
-  jmethodID nameOf =
-      nameClass ? env->GetMethodID(nameClass, "<init>", "(Ljava/lang/String;)V") : nullptr;
-  jobject name = nameOf ? env->NewObject(nameClass, nameOf,
-                                         env->NewStringUTF("com.sun.management:type=DiagnosticCommand"))
-                        : nullptr;
-  jclass serverClass = name ? env->FindClass("javax/management/MBeanServer") : nullptr;
-  jmethodID invoke = serverClass ? env->GetMethodID(serverClass, "invoke",
-                                                    "(Ljavax/management/ObjectName;Ljava/lang/String;"
-                                                    "[Ljava/lang/Object;[Ljava/lang/String;)Ljava/lang/Object;")
-                                 : nullptr;
-  jclass stringClass = invoke ? env->FindClass("java/lang/String") : nullptr;
-  jclass objectClass = stringClass ? env->FindClass("java/lang/Object") : nullptr;
-  jobjectArray parameters = objectClass ? env->NewObjectArray(1, objectClass, nullptr) : nullptr;
-  jobjectArray noArguments = parameters ? env->NewObjectArray(0, stringClass, nullptr) : nullptr;
-  jobjectArray signature = noArguments ? env->NewObjectArray(1, stringClass, nullptr) : nullptr;
-  jobject text = nullptr;
-  if (signature) {
-    env->SetObjectArrayElement(parameters, 0, noArguments);
-    env->SetObjectArrayElement(signature, 0, env->NewStringUTF("[Ljava.lang.String;"));
-    text = env->CallObjectMethod(server, invoke, name, env->NewStringUTF("threadPrint"),
-                                 parameters, signature);
-  }
-  if (env->ExceptionCheck()) {
+// The JVM's thread dump, through its diagnostic command bean; empty on any failure. Every
+// step is checked for a pending exception before the next JNI call, as the JNI checks ask.
+std::string Dump(JNIEnv* env) {
+  const auto threw = [env] {
+    if (!env->ExceptionCheck()) return false;
     env->ExceptionClear();
-    text = nullptr;
+    return true;
+  };
+  jclass factory = env->FindClass("java/lang/management/ManagementFactory");
+  if (threw() || !factory) return {};
+  jmethodID serverOf = env->GetStaticMethodID(factory, "getPlatformMBeanServer",
+                                              "()Ljavax/management/MBeanServer;");
+  if (threw() || !serverOf) return {};
+  jobject server = env->CallStaticObjectMethod(factory, serverOf);
+  if (threw() || !server) return {};
+  jclass nameClass = env->FindClass("javax/management/ObjectName");
+  if (threw() || !nameClass) return {};
+  jmethodID nameOf = env->GetMethodID(nameClass, "<init>", "(Ljava/lang/String;)V");
+  if (threw() || !nameOf) return {};
+  jstring beanName = env->NewStringUTF("com.sun.management:type=DiagnosticCommand");
+  if (threw() || !beanName) return {};
+  jobject name = env->NewObject(nameClass, nameOf, beanName);
+  if (threw() || !name) return {};
+  jclass serverClass = env->FindClass("javax/management/MBeanServer");
+  if (threw() || !serverClass) return {};
+  jmethodID invoke = env->GetMethodID(serverClass, "invoke",
+                                      "(Ljavax/management/ObjectName;Ljava/lang/String;"
+                                      "[Ljava/lang/Object;[Ljava/lang/String;)Ljava/lang/Object;");
+  if (threw() || !invoke) return {};
+  jclass stringClass = env->FindClass("java/lang/String");
+  if (threw() || !stringClass) return {};
+  jclass objectClass = env->FindClass("java/lang/Object");
+  if (threw() || !objectClass) return {};
+  jobjectArray parameters = env->NewObjectArray(1, objectClass, nullptr);
+  if (threw() || !parameters) return {};
+  jobjectArray noArguments = env->NewObjectArray(0, stringClass, nullptr);
+  if (threw() || !noArguments) return {};
+  env->SetObjectArrayElement(parameters, 0, noArguments);
+  if (threw()) return {};
+  jobjectArray signature = env->NewObjectArray(1, stringClass, nullptr);
+  if (threw() || !signature) return {};
+  jstring argumentType = env->NewStringUTF("[Ljava.lang.String;");
+  if (threw() || !argumentType) return {};
+  env->SetObjectArrayElement(signature, 0, argumentType);
+  if (threw()) return {};
+  jstring operation = env->NewStringUTF("threadPrint");
+  if (threw() || !operation) return {};
+  jobject text = env->CallObjectMethod(server, invoke, name, operation, parameters, signature);
+  if (threw() || !text) return {};
+  const char* chars = env->GetStringUTFChars(static_cast<jstring>(text), nullptr);
+  if (threw() || !chars) return {};
+  std::string dump = chars;
+  env->ReleaseStringUTFChars(static_cast<jstring>(text), chars);
+  return dump;
+}
+
+// The dump inside a local frame of its own, so that every reference it made goes with it.
+std::string ThreadDump(JNIEnv* env) {
+  if (env->PushLocalFrame(32) != JNI_OK) {
+    env->ExceptionClear();
+    return {};
   }
-  if (text) {
-    const char* chars = env->GetStringUTFChars(static_cast<jstring>(text), nullptr);
-    if (chars) {
-      dump = chars;
-      env->ReleaseStringUTFChars(static_cast<jstring>(text), chars);
-    }
-  }
-  if (env->ExceptionCheck()) env->ExceptionClear();
+  std::string dump = Dump(env);
   env->PopLocalFrame(nullptr);
   return dump;
 }
