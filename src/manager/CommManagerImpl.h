@@ -59,7 +59,6 @@ class CRMICommManagerImpl {
   ManagerState GetState() const { return static_cast<ManagerState>(state_.load()); }
   std::shared_ptr<CJavaVM> GetJavaVM() const;
   std::shared_ptr<CJavaObject> GetMessageClient() const;
-  const tarnix::HostLog& Log() const { return log_; }
 
  private:
   // Runs the one start-up attempt, or refuses when the state says there is no Java side.

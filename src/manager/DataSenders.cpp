@@ -11,7 +11,18 @@ using SenderTable = std::array<DataSender, 256>;
 
 SenderTable MakeSenderTable() {
   SenderTable table{};
+  table[eUserSessionStart] = &ConvertSessionOnly;
+  table[eUserSessionLogon] = &SendLogon;
+  table[eUserSessionLogoff] = &SendLogoff;
+  table[eUserSessionRefresh] = &SendRefresh;
+  table[eUserSessionReconnect] = &SendReconnect;
+  table[eUserSessionDisconnect] = &SendDisconnect;
+  table[eUserSessionEnd] = &ConvertSessionOnly;
+  table[eExtendedData] = &SendExtendedData;
   table[eStartup] = &SendStartup;
+  table[eSample] = &SendSample;
+  table[eTraceRoute] = &SendTraceRoute;
+  table[eDesktopPoll] = &SendDesktopPoll;
   return table;
 }
 

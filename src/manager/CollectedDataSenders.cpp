@@ -1,0 +1,138 @@
+// The collected data: samples, extended data, trace routes and desktop polls, each with
+// the connection that names this machine.
+#include "manager/Dispatch.h"
+
+#include "common/SystemService.h"
+#include "convert/JNIConvertor.h"
+#include "jni/JavaVM.h"
+#include "manager/DispatchConversions.h"
+#include "platform/ScopedBstr.h"
+#include "platform/ScopedVariant.h"
+
+namespace tarnix {
+namespace {
+
+ComPtr<IHostNamedValues> NamedValuesOf(IUnknown* data) {
+  ComPtr<IHostNamedValues> values;
+  if (data) data->QueryInterface(IID_IHostNamedValues, values.ReceiveVoid());
+  return values;
+}
+
+ComPtr<IHostSample> SampleOf(IUnknown* data) {
+  ComPtr<IHostSample> sample;
+  if (data) data->QueryInterface(IID_IHostSample, sample.ReceiveVoid());
+  return sample;
+}
+
+HRESULT ReadItem(IHostNamedValues* values, const WCHAR* name, ScopedVariant* value) {
+  const ScopedBstr itemName(name);
+  return values->get_Item(itemName.Get(), value->Receive());
+}
+
+// The item's value as the object it holds, queried for the interface `iid`; null when it
+// holds none or the object does not answer it.
+template <class T>
+HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
+  ScopedVariant asObject;
+  HRESULT hr = VariantChangeType(asObject.Receive(), const_cast<VARIANT*>(&item.Get()), 0,
+                                 VT_UNKNOWN);
+  if (FAILED(hr)) return hr;
+  if (IUnknown* unknown = asObject.Get().punkVal) unknown->QueryInterface(iid, object->ReceiveVoid());
+  return S_OK;
+}
+
+}  // namespace
+
+DispatchOutcome SendSample(const DispatchCall& call) {
+  const Converted connection = ConvertConnection(call);
+  if (!connection) return connection.Failure();
+  const ComPtr<IHostSample> sample = SampleOf(call.data);
+  if (!sample) return {E_FAIL, nullptr};
+  // The host resolves each instance's session id; without it the sample goes out with
+  // its own metrics only.
+  ComPtr<IHostSessionSource> sessions;
+  GetServiceInterface(IID_IHostSessionSource, sessions.ReceiveVoid());
+  const CJNIConvertor convertor(call.log.Get());
+  const std::shared_ptr<CJavaObject> javaSample =
+      convertor.GetSample(call.machine, sample.Get(), sessions.Get());
+  if (!javaSample) return {E_FAIL, nullptr};
+  return {S_OK, call.client.CallStringMethod("onDataCollected", *connection.object, *javaSample)};
+}
+
+DispatchOutcome SendExtendedData(const DispatchCall& call) {
+  const Converted connection = ConvertConnection(call);
+  if (!connection) return connection.Failure();
+  const ComPtr<IHostNamedValues> values = NamedValuesOf(call.data);
+  if (!values) return {E_FAIL, nullptr};
+  ScopedVariant metaData, metrics;
+  HRESULT hr = ReadItem(values.Get(), WSTR("meta-data"), &metaData);
+  if (SUCCEEDED(hr)) hr = ReadItem(values.Get(), WSTR("metrics"), &metrics);
+  ComPtr<IHostNamedValues> attributes;
+  ComPtr<IHostEnumerator> extendedMetrics;
+  if (SUCCEEDED(hr)) hr = ObjectOfItem(metrics, IID_IHostNamedValues, &attributes);
+  if (SUCCEEDED(hr)) hr = ObjectOfItem(metaData, IID_IHostEnumerator, &extendedMetrics);
+  if (FAILED(hr)) return {hr, nullptr};
+
+  const CJNIConvertor convertor(call.log.Get());
+  const std::shared_ptr<CJavaObject> map = convertor.GetExtendedData(call.machine, attributes.Get());
+  if (!map) return {E_FAIL, nullptr};
+  const std::shared_ptr<CJavaObject> javaSample = convertor.GetExtendedSample(
+      call.machine, SampleOf(call.data).Get(), extendedMetrics.Get());
+  if (!javaSample) return {E_FAIL, nullptr};
+  return {S_OK, call.client.CallStringMethod("onExtendedDataCollected", *connection.object, *map,
+                                             *javaSample)};
+}
+
+DispatchOutcome SendTraceRoute(const DispatchCall& call) {
+  const Converted connection = ConvertConnection(call);
+  if (!connection) return connection.Failure();
+  const ComPtr<IHostNamedValues> values = NamedValuesOf(call.data);
+  if (!values) return {E_FAIL, nullptr};
+  ScopedVariant metadata, route;
+  HRESULT hr = ReadItem(values.Get(), WSTR("metadata"), &metadata);
+  if (FAILED(hr)) {
+    call.log.ErrorWithCode(WSTR("Failed to handle metadata property for traceroute msg"), hr);
+    return {hr, nullptr};
+  }
+  hr = ReadItem(values.Get(), WSTR("route"), &route);
+  if (FAILED(hr)) {
+    call.log.ErrorWithCode(WSTR("Failed to handle route property for traceroute msg"), hr);
+    return {hr, nullptr};
+  }
+
+  const CJNIConvertor convertor(call.log.Get());
+  ComPtr<IHostNamedValues> attributes;
+  ObjectOfItem(metadata, IID_IHostNamedValues, &attributes);
+  const std::shared_ptr<CJavaObject> map = convertor.GetExtendedData(call.machine, attributes.Get());
+  if (!map) {
+    call.log.Error(WSTR("Failed to GetMetadata for traceroute msg"));
+    return {E_FAIL, nullptr};
+  }
+  ScopedVariant routeText;
+  std::shared_ptr<CJavaString> javaRoute;
+  if (SUCCEEDED(VariantChangeType(routeText.Receive(), const_cast<VARIANT*>(&route.Get()), 0,
+                                  VT_BSTR))) {
+    const BSTR text = routeText.Get().bstrVal;
+    javaRoute = convertor.GetJavaString(call.machine, WString(text, SysStringLen(text)), false);
+  }
+  if (!javaRoute) {
+    call.log.Error(WSTR("No traceResult."));
+    return {E_FAIL, nullptr};
+  }
+  return {S_OK,
+          call.client.CallStringMethod("onActionPerformed", *connection.object, *map, *javaRoute)};
+}
+
+DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
+  const Converted connection = ConvertConnection(call);
+  if (!connection) return connection.Failure();
+  // The desktop is converted to prove it can be, but the poll does not carry it.
+  const Converted desktop = ConvertDesktop(call);
+  if (!desktop) return desktop.Failure();
+  const std::shared_ptr<CJavaString> empty = call.machine->NewString(WString());
+  if (!empty) return {E_FAIL, nullptr};
+  return {S_OK,
+          call.client.CallStringMethod("onDesktopPoll", *connection.object, JavaNumber(call), *empty)};
+}
+
+}  // namespace tarnix

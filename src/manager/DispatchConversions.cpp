@@ -1,0 +1,40 @@
+#include "manager/DispatchConversions.h"
+
+#include "common/HResultError.h"
+#include "convert/DesktopConnection.h"
+#include "convert/JNIConvertor.h"
+
+namespace tarnix {
+namespace {
+
+Converted Made(std::shared_ptr<CJavaObject> object) {
+  Converted converted{std::move(object), S_OK};
+  if (!converted) converted.result = E_FAIL;
+  return converted;
+}
+
+}  // namespace
+
+Converted ConvertConnection(const DispatchCall& call) {
+  const DesktopIdentity identity{call.identity.machineIdentity, call.identity.second,
+                                 call.identity.virtualMachineId};
+  return Made(GetDesktopConnection(call.log.Get(), call.machine, identity, call.systemInfo));
+}
+
+Converted ConvertSession(const DispatchCall& call) {
+  if (!call.session) return {nullptr, E_FAIL};
+  const CJNIConvertor convertor(call.log.Get());
+  return Made(convertor.GetUserSession(call.machine, ComPtr<IHostUserSession>(call.session)));
+}
+
+Converted ConvertDesktop(const DispatchCall& call) {
+  const CJNIConvertor convertor(call.log.Get());
+  try {
+    return Made(convertor.GetDesktop(call.machine, call.systemInfo));
+  } catch (const HResultError& error) {
+    // An adapter list the host could not give ends the call with the host's reason.
+    return {nullptr, error.Code()};
+  }
+}
+
+}  // namespace tarnix

@@ -1,0 +1,33 @@
+// The conversions the senders share: each turns one part of a call into its Java object,
+// or answers why it could not.
+#pragma once
+
+#include "manager/Dispatch.h"
+
+#include <jni.h>
+
+#include <memory>
+
+class CJavaObject;
+
+namespace tarnix {
+
+// A converted part, or the call's result when there is none (E_FAIL, or the code a
+// conversion raised).
+struct Converted {
+  std::shared_ptr<CJavaObject> object;
+  HRESULT result = S_OK;
+
+  explicit operator bool() const { return object != nullptr; }
+  DispatchOutcome Failure() const { return {FAILED(result) ? result : E_FAIL, nullptr}; }
+};
+
+Converted ConvertConnection(const DispatchCall& call);
+// The call's user session; fails when the data is not one.
+Converted ConvertSession(const DispatchCall& call);
+Converted ConvertDesktop(const DispatchCall& call);
+
+// The number of the call as the Java long it is passed as, bit for bit.
+inline jlong JavaNumber(const DispatchCall& call) { return static_cast<jlong>(call.number); }
+
+}  // namespace tarnix
