@@ -11,6 +11,9 @@
 
 namespace tarnix::testing {
 
+// A data type with no message of its own: the call runs up to the Java client and stops.
+inline constexpr unsigned char kTypeWithoutMessage = 11;
+
 inline WString W(const std::string& text) { return Utf8ToWide(text); }
 inline std::string U(const WString& text) { return WideToUtf8(text); }
 

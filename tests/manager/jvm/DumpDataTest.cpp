@@ -118,7 +118,7 @@ TEST_F(ManagerDumpData, IdentityDecidesBeforeJavaAndCarriesItsFailure) {
   // Unreadable component identities do not stop the call, but it answers their code when
   // no answer decides it.
   SystemInfo().Fail(SystemInfoSlot::ComponentsIdentities, E_ACCESSDENIED);
-  EXPECT_EQ(Dump(manager, eTraceRoute), E_ACCESSDENIED);
+  EXPECT_EQ(Dump(manager, kTypeWithoutMessage), E_ACCESSDENIED);
   EXPECT_EQ(Dump(manager, eStartup), E_ACCESSDENIED);
   const auto sends = Sends();
   ASSERT_EQ(sends.size(), 1u);

@@ -24,8 +24,9 @@ class ManagerLifetime : public JvmHostTest {
     WriteSettings({});
   }
   static LONG Dump() {
-    return CRMICommManager::GetInstance().DumpData<IUnknown>(
-        WSTR("rmi://127.0.0.1/server"), WSTR("unique"), WSTR("cert"), 0, eTraceRoute, nullptr);
+    return CRMICommManager::GetInstance().DumpData<IUnknown>(WSTR("rmi://127.0.0.1/server"),
+                                                             WSTR("unique"), WSTR("cert"), 0,
+                                                             kTypeWithoutMessage, nullptr);
   }
   static size_t Count(const std::vector<std::string>& calls, const std::string& call) {
     return static_cast<size_t>(std::count(calls.begin(), calls.end(), call));
@@ -107,7 +108,8 @@ TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {
 TEST_F(ManagerLifetime, AnEndingProcessLeavesJavaAlone) {
   CRMICommManagerImpl manager;
   std::thread([&] {
-    EXPECT_EQ(manager.DumpData(WSTR("url"), nullptr, nullptr, 0, eTraceRoute, nullptr), S_OK);
+    EXPECT_EQ(manager.DumpData(WSTR("url"), nullptr, nullptr, 0, kTypeWithoutMessage, nullptr),
+              S_OK);
     CRMICommManagerImpl::ProcessEnding();
   }).join();
   EXPECT_EQ(manager.GetState(), eStateInitialized);

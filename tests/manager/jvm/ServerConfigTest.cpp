@@ -102,9 +102,9 @@ TEST_F(ServerConfigPush, WithoutAConfigurationFolderEveryCallFails) {
   const HRESULT missing = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
   for (int call = 0; call < 2; ++call) {
     Logger().Clear();
-    EXPECT_EQ(
-        manager.DumpData(WSTR("rmi://server/a"), WSTR("id"), WSTR("cert"), 0, eTraceRoute, nullptr),
-        missing);
+    EXPECT_EQ(manager.DumpData(WSTR("rmi://server/a"), WSTR("id"), WSTR("cert"), 0,
+                               kTypeWithoutMessage, nullptr),
+              missing);
     // Only the call's own line: reading the folder logs nothing of its own.
     const auto errors = Lines(Logger(), LogOperation::Error);
     ASSERT_EQ(errors.size(), 1u) << Logger().Dump();

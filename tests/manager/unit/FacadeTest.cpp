@@ -21,7 +21,7 @@ class FacadeTest : public HostTest {
   LONG Dump() {
     return CRMICommManager::GetInstance().DumpData<IUnknown>(WSTR("rmi://127.0.0.1:1099/server"),
                                                              WSTR("unique"), WSTR("certificate"), 1,
-                                                             eTraceRoute, nullptr);
+                                                             kTypeWithoutMessage, nullptr);
   }
   TestRegistry registry_;
 };
