@@ -92,6 +92,23 @@ TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestarti
   EXPECT_TRUE(Lines(LogOperation::Error).empty()) << Logger().Dump();
 }
 
+TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {
+  const int port = StartServer().Port();
+  const WString url = Utf8ToWide("rmi://127.0.0.1:" + std::to_string(port) + "/Elsewhere");
+  EXPECT_EQ(manager_->DumpData(url.c_str(), WSTR("auth-token"), WSTR("cert"), 1, eStartup,
+                               nullptr),
+            kNetworkUnavailable);
+  const auto errors = Lines(LogOperation::Error);
+  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  EXPECT_NE(errors[0].find("java.rmi.RemoteException: no message server at " +
+                           WideToUtf8(url)),
+            std::string::npos)
+      << errors[0];
+  EXPECT_NE(errors[0].find("java.rmi.NotBoundException: Elsewhere"), std::string::npos)
+      << errors[0];
+  EXPECT_TRUE(Server().Received().empty());
+}
+
 TEST_F(RmiRoundTrip, ManyCallsLeaveTheJvmsGlobalReferencesFlat) {
   // The full count (100,000) runs in the host simulator's soak mode; this keeps CI short.
   constexpr int kWarmUp = 200;
