@@ -1,0 +1,149 @@
+// Each kind of data reaches its one message of the Java client, or none.
+#include "JvmHost.h"
+
+#include "JvmTestSupport.h"
+#include "fixtures/FakeDataObjects.h"
+#include "manager/CommManagerImpl.h"
+#include "tarnix/DataType.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace tarnix::testing {
+namespace {
+
+constexpr ULONGLONG kNumber = 0x8000000000000001ull;
+const std::string kNumberText = "-9223372036854775807";
+
+class ManagerDispatch : public JvmHostTest {
+ protected:
+  ManagerDispatch() {
+    WriteSettings({});
+    SystemInfo().SetMachineId(W("machine-1"));
+    SystemInfo().SetVirtualMachineId(W("vm-7"));
+    SystemInfo().SetUniqueId(W("unique-3"));
+    SystemInfo().SetMachineName(W("DESK-01"));
+    SystemInfo().SetNetworkInterfaces([] {
+      return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"),
+                                W("255.255.255.0"), W("10.0.0.0"), 1000}});
+    });
+  }
+
+  void TearDown() override {
+    manager_.reset();
+    JvmHostTest::TearDown();
+  }
+
+  LONG Dump(unsigned char type, IUnknown* data) {
+    return manager_->DumpData(WSTR("url"), WSTR("token"), WSTR("cert"), kNumber, type, data);
+  }
+  // The messages that carried data, leaving out construction and configuration.
+  std::vector<std::string> Sends() {
+    std::vector<std::string> sends;
+    for (const std::string& call : JavaControl(*manager_->GetJavaVM()).Calls()) {
+      if (call.rfind("on", 0) == 0 || call.rfind("refreshSession", 0) == 0) sends.push_back(call);
+    }
+    JavaControl(*manager_->GetJavaVM()).ClearCalls();
+    return sends;
+  }
+  static std::string Method(const std::string& call) { return call.substr(0, call.find('(')); }
+
+  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
+};
+
+TEST_F(ManagerDispatch, EverySessionEventSendsItsOneMessageWithTheNumberUnchanged) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  auto session = MakeFake<FakeUserSession>(3, W("S-1-5-21"), W("alice"), W("CORP"));
+  const struct {
+    unsigned char type;
+    const char* method;
+  } events[] = {{eUserSessionLogon, "onUserLogon"},
+                {eUserSessionRefresh, "refreshSession"},
+                {eUserSessionReconnect, "onUserReconnect"},
+                {eUserSessionDisconnect, "onUserDisconnect"},
+                {eUserSessionLogoff, "onUserLogoff"}};
+  for (const auto& event : events) {
+    EXPECT_EQ(Dump(event.type, session.Get()), S_OK) << event.method << Logger().Dump();
+    const auto sends = Sends();
+    ASSERT_EQ(sends.size(), 1u) << event.method;
+    EXPECT_EQ(Method(sends[0]), event.method);
+    EXPECT_NE(sends[0].find(kNumberText), std::string::npos) << sends[0];
+    EXPECT_NE(sends[0].find("alice"), std::string::npos) << sends[0];
+  }
+  // A logoff whose data is no sample still goes out, after a warning.
+  const auto warnings = Lines(Logger(), LogOperation::Warning);
+  EXPECT_EQ(std::count(warnings.begin(), warnings.end(), "Failed to retrieve the sample at log off."),
+            1);
+
+  // Start and end are converted but not sent; neither is a type nobody knows.
+  for (unsigned char type : {0, 6, 11}) {
+    EXPECT_EQ(Dump(type, session.Get()), S_OK) << int(type);
+    EXPECT_TRUE(Sends().empty()) << int(type);
+  }
+}
+
+TEST_F(ManagerDispatch, SessionEventsWithoutASessionFailAndSendNothing) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  auto notASession = MakeFake<FakeSample>();
+  for (unsigned char type = eUserSessionStart; type <= eUserSessionEnd; ++type) {
+    EXPECT_EQ(static_cast<uint32_t>(Dump(type, notASession.Get())), 0x80004005u) << int(type);
+    EXPECT_EQ(static_cast<uint32_t>(Dump(type, nullptr)), 0x80004005u) << int(type);
+  }
+  EXPECT_TRUE(Sends().empty());
+}
+
+TEST_F(ManagerDispatch, SampleAndDesktopPollReachTheClient) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  auto sample = MakeFake<FakeSample>();
+  sample->SetTime(36526.0).AddMetric(W("cpu"), ScopedVariant(12.5));
+  EXPECT_EQ(Dump(eSample, sample.Get()), S_OK) << Logger().Dump();
+  EXPECT_EQ(Dump(eDesktopPoll, nullptr), S_OK) << Logger().Dump();
+  const auto sends = Sends();
+  ASSERT_EQ(sends.size(), 2u);
+  EXPECT_EQ(Method(sends[0]), "onDataCollected");
+  EXPECT_NE(sends[0].find("cpu"), std::string::npos) << sends[0];
+  EXPECT_NE(sends[0].find("946684800000"), std::string::npos) << sends[0];
+  EXPECT_EQ(Method(sends[1]), "onDesktopPoll");
+  EXPECT_NE(sends[1].find(kNumberText + ", \"\""), std::string::npos) << sends[1];
+
+  // A desktop whose adapters cannot be read ends the poll with the code that raised.
+  SystemInfo().Fail(SystemInfoSlot::NetworkInterfaces, E_ACCESSDENIED);
+  EXPECT_EQ(static_cast<uint32_t>(Dump(eDesktopPoll, nullptr)), 0x80070057u);
+  SystemInfo().Fail(SystemInfoSlot::NetworkInterfaces, S_OK);
+
+  // A sample type whose data is no sample sends nothing.
+  EXPECT_EQ(static_cast<uint32_t>(Dump(eSample, nullptr)), 0x80004005u);
+  EXPECT_TRUE(Sends().empty());
+}
+
+TEST_F(ManagerDispatch, JavaFailuresBecomeTheirResultCodesWithTheSendLine) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  JavaControl control(*manager_->GetJavaVM());
+  auto session = MakeFake<FakeUserSession>(3, W("S-1-5-21"), W("alice"), W("CORP"));
+
+  control.ThrowIn("DesktopMessageClient.onUserReconnect", "java.rmi.ConnectException",
+                  "Connection refused to host: 127.0.0.1");
+  EXPECT_EQ(static_cast<uint32_t>(Dump(eUserSessionReconnect, session.Get())), 0x800713ABu);
+  control.ClearFaults();
+  control.ThrowIn("DesktopMessageClient.onDesktopPoll", "java.lang.NullPointerException", "boom");
+  EXPECT_EQ(static_cast<uint32_t>(Dump(eDesktopPoll, nullptr)), 0x80004005u);
+  control.ClearFaults();
+
+  const auto errors = Lines(Logger(), LogOperation::Error);
+  ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
+  EXPECT_EQ(errors[0].rfind("Failed to send user event eUserSessionReconnect for user alice to "
+                            "the message server.  java.rmi.ConnectException",
+                            0),
+            0u)
+      << errors[0];
+  EXPECT_EQ(errors[1].rfind("Failed to send data with type 0xff to the message server.  "
+                            "java.lang.NullPointerException: boom",
+                            0),
+            0u)
+      << errors[1];
+}
+
+}  // namespace
+}  // namespace tarnix::testing
