@@ -58,11 +58,11 @@ std::string MessageServerProcess::Url() const {
 
 bool MessageServerProcess::Start() {
   int input[2], output[2];
-  if (pipe2(input, O_CLOEXEC) != 0) return Fail("pipe"), false;
+  if (pipe2(input, O_CLOEXEC) != 0) return Failed("pipe");
   if (pipe2(output, O_CLOEXEC) != 0) {
     close(input[0]);
     close(input[1]);
-    return Fail("pipe"), false;
+    return Failed("pipe");
   }
   std::vector<std::string> arguments = {options_.java, "-Djava.rmi.server.hostname=127.0.0.1",
                                         "-cp", options_.classPath,
@@ -86,12 +86,12 @@ bool MessageServerProcess::Start() {
   close(output[1]);
   in_ = input[1];
   out_ = output[0];
-  if (pid_ < 0) return Fail("fork"), false;
+  if (pid_ < 0) return Failed("fork");
 
   std::string line;
-  if (!ReadLine(&line)) return Fail("no LISTENING line from the message server"), false;
+  if (!ReadLine(&line)) return Failed("no LISTENING line from the message server");
   const std::string prefix = "LISTENING 127.0.0.1:";
-  if (line.rfind(prefix, 0) != 0) return Fail("unexpected first line: " + line), false;
+  if (line.rfind(prefix, 0) != 0) return Failed("unexpected first line: " + line);
   port_ = std::stoi(line.substr(prefix.size()));
   return true;
 }
@@ -142,12 +142,12 @@ bool MessageServerProcess::Command(const std::string& line) {
 }
 
 bool MessageServerProcess::Send(const std::string& line) {
-  if (in_ < 0) return Fail("the message server is not running"), false;
+  if (in_ < 0) return Failed("the message server is not running");
   const std::string text = line + "\n";
   for (size_t written = 0; written < text.size();) {
     const ssize_t n = write(in_, text.data() + written, text.size() - written);
     if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return Fail("the message server does not listen"), false;
+    if (n <= 0) return Failed("the message server does not listen");
     written += static_cast<size_t>(n);
   }
   return true;
@@ -177,6 +177,11 @@ bool MessageServerProcess::ReadLine(std::string* line) {
 }
 
 void MessageServerProcess::Fail(const std::string& what) { failure_ = what; }
+
+bool MessageServerProcess::Failed(const std::string& what) {
+  Fail(what);
+  return false;
+}
 
 std::string Unescaped(const std::string& line) {
   std::string text;

@@ -51,6 +51,7 @@ class MessageServerProcess {
   bool ReadLine(std::string* line);
   bool Command(const std::string& line);
   void Fail(const std::string& what);
+  bool Failed(const std::string& what);  // false, after Fail
 
   MessageServerOptions options_;
   pid_t pid_ = -1;
