@@ -41,8 +41,7 @@ class RmiEveryKind : public RmiHostTest {
   std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
 };
 
-// Enabled once every type is dispatched to Java.
-TEST_F(RmiEveryKind, DISABLED_TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
+TEST_F(RmiEveryKind, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   StartServer();
   const std::string desktop =
       "DesktopInformation{name=\"DESK-0042\", FQDN=\"desk-0042.corp.example\"";
