@@ -2,6 +2,7 @@
 // in its own process, and back.
 #include "RmiHost.h"
 
+#include "HostData.h"
 #include "JvmProbe.h"
 #include "fixtures/FakeCallbacks.h"
 #include "manager/CommManagerImpl.h"
@@ -109,28 +110,34 @@ TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {
   EXPECT_TRUE(Server().Received().empty());
 }
 
-TEST_F(RmiRoundTrip, ManyCallsLeaveTheJvmsGlobalReferencesFlat) {
+TEST_F(RmiRoundTrip, ManySamplesLeaveTheJvmsGlobalReferencesFlat) {
   // The full count (100,000) runs in the host simulator's soak mode; this keeps CI short.
   constexpr int kWarmUp = 200;
-  constexpr int kCalls = 3000;
+  constexpr int kCalls = 2000;
+  Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
   StartServer();
-  for (int i = 0; i < kWarmUp; ++i) ASSERT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
+  const auto sample = [this] {
+    return manager_->DumpData(Url().c_str(), WSTR("auth-token"), WSTR("cert"), 9, eSample,
+                              hostsim::MakeSample().Get());
+  };
+  for (int i = 0; i < kWarmUp; ++i) ASSERT_EQ(sample(), S_OK) << Logger().Dump();
   ASSERT_TRUE(Server().ClearReceived());
   const long referencesBefore = hostsim::JniGlobalReferences(RuntimeLibrary());
   const long residentBefore = hostsim::ResidentKilobytes();
   ASSERT_GT(referencesBefore, 0);
 
-  for (int i = 0; i < kCalls; ++i) ASSERT_EQ(Dump(eStartup), S_OK) << i << Logger().Dump();
+  for (int i = 0; i < kCalls; ++i) ASSERT_EQ(sample(), S_OK) << i << Logger().Dump();
 
   const long referencesAfter = hostsim::JniGlobalReferences(RuntimeLibrary());
-  const long residentAfter = hostsim::ResidentKilobytes();
   RecordProperty("global_refs_before", std::to_string(referencesBefore));
   RecordProperty("global_refs_after", std::to_string(referencesAfter));
   RecordProperty("resident_kb_before", std::to_string(residentBefore));
-  RecordProperty("resident_kb_after", std::to_string(residentAfter));
+  RecordProperty("resident_kb_after", std::to_string(hostsim::ResidentKilobytes()));
   EXPECT_LE(referencesAfter - referencesBefore, 16)
       << referencesBefore << " -> " << referencesAfter;
-  EXPECT_EQ(Server().Received().size(), static_cast<size_t>(kCalls));
+  const auto received = Server().Received();
+  ASSERT_EQ(received.size(), static_cast<size_t>(kCalls));
+  EXPECT_NE(received.back().find("user=\"omar.haddad\""), std::string::npos) << received.back();
 }
 
 }  // namespace
