@@ -189,7 +189,8 @@ void Demo::PrintNewLogLines() {
 
 LONG Demo::Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown* data,
                 const char* what) {
-  std::printf("== %s (%u): %s\n", name, static_cast<unsigned>(type), what);
+  std::printf("== %s (%u), number 0x%llX: %s\n", name, static_cast<unsigned>(type),
+              static_cast<unsigned long long>(number), what);
   if (server_ && server_->Running()) server_->ClearReceived();
   const size_t answers = callback_->Answers().size();
   const size_t actions = executor_->Actions().size();
