@@ -111,6 +111,7 @@ class Demo {
   LONG Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown* data,
             const char* what);
   void PrintNewLogLines();
+  std::string WithoutRepeatedConnection(const std::string& call);
   int Soak(long calls, unsigned char type);
 
   Paths paths_;
@@ -124,6 +125,7 @@ class Demo {
   std::unique_ptr<MessageServerProcess> server_;
   ServerInfo info_;
   size_t logSeen_ = 0;
+  std::string connectionShown_;
 };
 
 bool Demo::StartServer(int port) {
@@ -187,6 +189,20 @@ void Demo::PrintNewLogLines() {
   }
 }
 
+// Every call names the machine the same way; after the first time it is shown as "...".
+std::string Demo::WithoutRepeatedConnection(const std::string& call) {
+  const std::string name = "DesktopConnection{";
+  const size_t start = call.find(name);
+  const size_t end = start == std::string::npos ? start : call.find('}', start);
+  if (end == std::string::npos) return call;
+  const std::string connection = call.substr(start, end + 1 - start);
+  if (connectionShown_ != connection) {
+    connectionShown_ = connection;
+    return call;
+  }
+  return call.substr(0, start) + name + "...}" + call.substr(end + 1);
+}
+
 LONG Demo::Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown* data,
                 const char* what) {
   std::printf("== %s (%u), number 0x%llX: %s\n", name, static_cast<unsigned>(type),
@@ -201,7 +217,7 @@ LONG Demo::Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown
     const std::vector<std::string> received = server_->Received();
     if (received.empty()) std::printf("   server  received nothing\n");
     for (const std::string& call : received) {
-      std::printf("   server  %s\n", Shortened(call).c_str());
+      std::printf("   server  %s\n", Shortened(WithoutRepeatedConnection(call)).c_str());
     }
   } else {
     std::printf("   server  (stopped)\n");
