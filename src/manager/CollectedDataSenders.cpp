@@ -12,16 +12,12 @@
 namespace tarnix {
 namespace {
 
-ComPtr<IHostNamedValues> NamedValuesOf(IUnknown* data) {
-  ComPtr<IHostNamedValues> values;
-  if (data) data->QueryInterface(IID_IHostNamedValues, values.ReceiveVoid());
-  return values;
-}
-
-ComPtr<IHostSample> SampleOf(IUnknown* data) {
-  ComPtr<IHostSample> sample;
-  if (data) data->QueryInterface(IID_IHostSample, sample.ReceiveVoid());
-  return sample;
+// The data's interface `iid`; null when the data is none or does not answer it.
+template <class T>
+ComPtr<T> QueryData(IUnknown* data, REFIID iid) {
+  ComPtr<T> object;
+  if (data) data->QueryInterface(iid, object.ReceiveVoid());
+  return object;
 }
 
 HRESULT ReadItem(IHostNamedValues* values, const WCHAR* name, ScopedVariant* value) {
@@ -46,7 +42,7 @@ HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
 DispatchOutcome SendSample(const DispatchCall& call) {
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  const ComPtr<IHostSample> sample = SampleOf(call.data);
+  const ComPtr<IHostSample> sample = QueryData<IHostSample>(call.data, IID_IHostSample);
   if (!sample) return {E_FAIL, nullptr};
   // The host resolves each instance's session id; without it the sample goes out with
   // its own metrics only.
@@ -62,7 +58,7 @@ DispatchOutcome SendSample(const DispatchCall& call) {
 DispatchOutcome SendExtendedData(const DispatchCall& call) {
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  const ComPtr<IHostNamedValues> values = NamedValuesOf(call.data);
+  const ComPtr<IHostNamedValues> values = QueryData<IHostNamedValues>(call.data, IID_IHostNamedValues);
   if (!values) return {E_FAIL, nullptr};
   ScopedVariant metaData, metrics;
   HRESULT hr = ReadItem(values.Get(), WSTR("meta-data"), &metaData);
@@ -77,7 +73,7 @@ DispatchOutcome SendExtendedData(const DispatchCall& call) {
   const std::shared_ptr<CJavaObject> map = convertor.GetExtendedData(call.machine, attributes.Get());
   if (!map) return {E_FAIL, nullptr};
   const std::shared_ptr<CJavaObject> javaSample = convertor.GetExtendedSample(
-      call.machine, SampleOf(call.data).Get(), extendedMetrics.Get());
+      call.machine, QueryData<IHostSample>(call.data, IID_IHostSample).Get(), extendedMetrics.Get());
   if (!javaSample) return {E_FAIL, nullptr};
   return {S_OK, call.client.CallStringMethod("onExtendedDataCollected", *connection.object, *map,
                                              *javaSample)};
@@ -86,7 +82,7 @@ DispatchOutcome SendExtendedData(const DispatchCall& call) {
 DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  const ComPtr<IHostNamedValues> values = NamedValuesOf(call.data);
+  const ComPtr<IHostNamedValues> values = QueryData<IHostNamedValues>(call.data, IID_IHostNamedValues);
   if (!values) return {E_FAIL, nullptr};
   ScopedVariant metadata, route;
   HRESULT hr = ReadItem(values.Get(), WSTR("metadata"), &metadata);

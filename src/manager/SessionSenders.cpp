@@ -9,21 +9,7 @@
 namespace tarnix {
 namespace {
 
-// Logon and refresh: the connection, the session and the desktop, in that order.
-struct SessionWithDesktop {
-  Converted connection, session, desktop;
-  DispatchOutcome failure;
-
-  explicit SessionWithDesktop(const DispatchCall& call) {
-    if (!call.session) { failure = {E_FAIL, nullptr}; return; }
-    if (!(connection = ConvertConnection(call))) { failure = connection.Failure(); return; }
-    if (!(session = ConvertSession(call))) { failure = session.Failure(); return; }
-    if (!(desktop = ConvertDesktop(call))) failure = desktop.Failure();
-  }
-  bool Ready() const { return desktop.object != nullptr; }
-};
-
-// The events that carry the connection and the session alone.
+// The events that carry the connection and the session.
 struct SessionOnly {
   Converted connection, session;
   DispatchOutcome failure;
@@ -34,6 +20,16 @@ struct SessionOnly {
     if (!(session = ConvertSession(call))) failure = session.Failure();
   }
   bool Ready() const { return session.object != nullptr; }
+};
+
+// Logon and refresh describe the desktop as well, converted after the session.
+struct SessionWithDesktop : SessionOnly {
+  Converted desktop;
+
+  explicit SessionWithDesktop(const DispatchCall& call) : SessionOnly(call) {
+    if (SessionOnly::Ready() && !(desktop = ConvertDesktop(call))) failure = desktop.Failure();
+  }
+  bool Ready() const { return desktop.object != nullptr; }
 };
 
 DispatchOutcome SendSessionEvent(const DispatchCall& call, const char* method) {
