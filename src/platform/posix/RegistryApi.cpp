@@ -21,6 +21,13 @@ WString NameOf(LPCWSTR name) { return name ? WString(name) : WString(); }
 
 bool Allowed(const RegHive::Open& key, REGSAM right) { return (key.access & right) == right; }
 
+// The open key behind a handle, provided the handle was opened with `right`.
+LONG ResolveFor(RegHive& hive, HKEY handle, REGSAM right, RegHive::Open* key) {
+  const LONG result = hive.Resolve(handle, key);
+  if (result != ERROR_SUCCESS) return result;
+  return Allowed(*key, right) ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+}
+
 // Copies bytes into a caller's buffer the way RegQueryValueEx does: with no buffer only
 // the size is reported; with a short one, ERROR_MORE_DATA and the size.
 LONG CopyData(const std::vector<BYTE>& data, LPBYTE buffer, LPDWORD size) {
@@ -116,9 +123,8 @@ LSTATUS RegQueryValueExW(HKEY hKey, LPCWSTR lpValueName, LPDWORD lpReserved, LPD
   RegHive& hive = RegHive::Instance();
   auto lock = hive.Lock();
   RegHive::Open key;
-  LONG result = hive.Resolve(hKey, &key);
+  LONG result = ResolveFor(hive, hKey, KEY_QUERY_VALUE, &key);
   if (result != ERROR_SUCCESS) return result;
-  if (!Allowed(key, KEY_QUERY_VALUE)) return ERROR_ACCESS_DENIED;
   const RegValue* value = key.node->FindValue(NameOf(lpValueName));
   if (!value) return ERROR_FILE_NOT_FOUND;
   if (lpType) *lpType = value->type;
@@ -133,9 +139,8 @@ LSTATUS RegSetValueExW(HKEY hKey, LPCWSTR lpValueName, DWORD Reserved, DWORD dwT
   RegHive& hive = RegHive::Instance();
   auto lock = hive.Lock();
   RegHive::Open key;
-  LONG result = hive.Resolve(hKey, &key);
+  LONG result = ResolveFor(hive, hKey, KEY_SET_VALUE, &key);
   if (result != ERROR_SUCCESS) return result;
-  if (!Allowed(key, KEY_SET_VALUE)) return ERROR_ACCESS_DENIED;
   key.node->SetValue(name, dwType, lpData, cbData);
   if (!key.node->isVolatile) hive.Changed();
   return ERROR_SUCCESS;
@@ -147,9 +152,8 @@ LSTATUS RegEnumValueW(HKEY hKey, DWORD dwIndex, LPWSTR lpValueName, LPDWORD lpcc
   RegHive& hive = RegHive::Instance();
   auto lock = hive.Lock();
   RegHive::Open key;
-  LONG result = hive.Resolve(hKey, &key);
+  LONG result = ResolveFor(hive, hKey, KEY_QUERY_VALUE, &key);
   if (result != ERROR_SUCCESS) return result;
-  if (!Allowed(key, KEY_QUERY_VALUE)) return ERROR_ACCESS_DENIED;
   if (dwIndex >= key.node->values.size()) return ERROR_NO_MORE_ITEMS;
   const RegValue& value = key.node->values[dwIndex];
   result = CopyName(value.name, lpValueName, lpcchValueName);
@@ -164,9 +168,8 @@ LSTATUS RegEnumKeyExW(HKEY hKey, DWORD dwIndex, LPWSTR lpName, LPDWORD lpcchName
   RegHive& hive = RegHive::Instance();
   auto lock = hive.Lock();
   RegHive::Open key;
-  LONG result = hive.Resolve(hKey, &key);
+  LONG result = ResolveFor(hive, hKey, KEY_ENUMERATE_SUB_KEYS, &key);
   if (result != ERROR_SUCCESS) return result;
-  if (!Allowed(key, KEY_ENUMERATE_SUB_KEYS)) return ERROR_ACCESS_DENIED;
   if (dwIndex >= key.node->subkeys.size()) return ERROR_NO_MORE_ITEMS;
   result = CopyName(key.node->subkeys[dwIndex]->name, lpName, lpcchName);
   if (result != ERROR_SUCCESS) return result;
@@ -183,9 +186,8 @@ LSTATUS RegDeleteValueW(HKEY hKey, LPCWSTR lpValueName) {
   RegHive& hive = RegHive::Instance();
   auto lock = hive.Lock();
   RegHive::Open key;
-  LONG result = hive.Resolve(hKey, &key);
+  LONG result = ResolveFor(hive, hKey, KEY_SET_VALUE, &key);
   if (result != ERROR_SUCCESS) return result;
-  if (!Allowed(key, KEY_SET_VALUE)) return ERROR_ACCESS_DENIED;
   if (!key.node->DeleteValue(NameOf(lpValueName))) return ERROR_FILE_NOT_FOUND;
   if (!key.node->isVolatile) hive.Changed();
   return ERROR_SUCCESS;
