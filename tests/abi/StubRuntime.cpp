@@ -6,7 +6,12 @@
 #include "StubCounts.h"
 
 #include <jni.h>
-#include <windows.h>
+
+#ifdef _WIN32
+#  define STUB_EXPORT extern "C" __declspec(dllexport)
+#else
+#  define STUB_EXPORT extern "C" __attribute__((visibility("default")))
+#endif
 
 namespace {
 
@@ -57,9 +62,9 @@ JavaVM g_vm{&g_vmTable};
 
 }  // namespace
 
-extern "C" __declspec(dllexport) StubCounts* TarnixAbiStub_Counts() { return &g_counts; }
+STUB_EXPORT StubCounts* TarnixAbiStub_Counts() { return &g_counts; }
 
-extern "C" __declspec(dllexport) jint JNICALL JNI_CreateJavaVM(JavaVM** vm, void** env, void*) {
+STUB_EXPORT jint JNICALL JNI_CreateJavaVM(JavaVM** vm, void** env, void*) {
   ++g_counts.createCalls;
   *vm = &g_vm;
   *env = &g_env;
