@@ -1,0 +1,409 @@
+// Many host threads at once on the real JVM: every kind of data (and some the component
+// must refuse) from eight threads while another registers and unregisters callbacks and
+// asks where the message server is. Nothing may hang, crash, leak a host or Java reference
+// or leave a thread attached, and every call must answer a code its input allows.
+#include "JvmHost.h"
+
+#include "HostData.h"
+#include "JvmProbe.h"
+#include "JvmTestSupport.h"
+#include "fixtures/FakeCallbacks.h"
+#include "manager/CommManagerImpl.h"
+#include "manager/ManagerMessages.h"
+#include "platform/ScopedVariant.h"
+#include "tarnix/DataType.h"
+#include "tarnix/RMICommManager.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+namespace tarnix::testing {
+namespace {
+
+constexpr int kHostThreads = 8;
+constexpr const char* kRuntimeLibrary = MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so";
+const WString kLegacyKey = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
+
+// Calls per host thread: TARNIX_CONCURRENCY_CALLS, or the default.
+int CallsPerThread(int fallback) {
+  const char* text = std::getenv("TARNIX_CONCURRENCY_CALLS");
+  const int calls = text ? std::atoi(text) : 0;
+  return calls > 0 ? calls : fallback;
+}
+
+// A deadlock shows as a test that never ends; this ends it with the threads' progress.
+class Watchdog {
+ public:
+  Watchdog(std::function<std::string()> progress, std::chrono::seconds limit)
+      : thread_([this, progress = std::move(progress), limit] {
+          std::unique_lock<std::mutex> hold(lock_);
+          if (done_.wait_for(hold, limit, [this] { return finished_; })) return;
+          std::fprintf(stderr, "no progress for %lld s, deadlocked?\n%s\n",
+                       static_cast<long long>(limit.count()), progress().c_str());
+          std::fflush(stderr);
+          std::abort();
+        }) {}
+  ~Watchdog() {
+    {
+      std::lock_guard<std::mutex> hold(lock_);
+      finished_ = true;
+    }
+    done_.notify_all();
+    thread_.join();
+  }
+
+ private:
+  std::mutex lock_;
+  std::condition_variable done_;
+  bool finished_ = false;
+  std::thread thread_;
+};
+
+// One kind of call a host thread makes, and the codes that input allows.
+struct Case {
+  const char* name;
+  unsigned char type;
+  ComPtr<IUnknown> data;
+  std::set<HRESULT> allowed;
+};
+
+// Each host thread makes its own objects, as the host makes one per call.
+std::vector<Case> MakeCases() {
+  const auto unknown = [](auto object) {
+    IUnknown* result = nullptr;
+    if (object) object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&result));
+    return ComPtr<IUnknown>::Attach(result);
+  };
+  const ComPtr<IUnknown> session = unknown(hostsim::MakeSession(2));
+  const ComPtr<IUnknown> sample = hostsim::MakeSample();
+  const ComPtr<IUnknown> noItems = unknown(MakeFake<FakeNamedValues>());
+  // A callback key may or may not be registered at the moment the answer arrives.
+  const std::set<HRESULT> answered = {S_OK, E_FAIL};
+  return {
+      {"start", eUserSessionStart, session, {S_OK}},
+      {"logon", eUserSessionLogon, session, answered},
+      {"logoff", eUserSessionLogoff, hostsim::MakeLogoff(1), {S_OK}},
+      {"refresh", eUserSessionRefresh, session, {S_OK}},
+      {"reconnect", eUserSessionReconnect, session, {S_OK}},
+      {"disconnect", eUserSessionDisconnect, session, {S_OK}},
+      {"end", eUserSessionEnd, session, {S_OK}},
+      {"extended", eExtendedData, hostsim::MakeExtendedData(), {S_OK}},
+      {"startup", eStartup, nullptr, answered},
+      {"sample", eSample, sample, {S_OK}},
+      {"trace", eTraceRoute, hostsim::MakeTraceRoute(), {S_OK}},
+      {"poll", eDesktopPoll, nullptr, {S_OK}},
+      {"logon without data", eUserSessionLogon, nullptr, {E_FAIL}},
+      {"logoff of a sample", eUserSessionLogoff, sample, {E_FAIL}},
+      {"sample of a session", eSample, session, {E_FAIL}},
+      {"sample without data", eSample, nullptr, {E_FAIL}},
+      {"extended without items", eExtendedData, noItems, {E_INVALIDARG}},
+      {"trace without items", eTraceRoute, noItems, {E_INVALIDARG}},
+      {"unknown type", 200, session, {S_OK}},
+      {"type without message", kTypeWithoutMessage, nullptr, {S_OK}},
+  };
+}
+
+// The test's own look at the JVM, from a thread of its own: the stand-ins' call records
+// must be emptied as the threads go, or the client's heap fills up with them.
+class CallRecords {
+ public:
+  CallRecords() : vm_(RunningJavaVM()) {
+    if (vm_) vm_->AttachCurrentThread(reinterpret_cast<void**>(&env_), nullptr);
+  }
+  ~CallRecords() {
+    if (env_) vm_->DetachCurrentThread();
+  }
+  CallRecords(const CallRecords&) = delete;
+  CallRecords& operator=(const CallRecords&) = delete;
+
+  void Clear() {
+    if (!env_) return;
+    const jclass calls = env_->FindClass("com/tarnix/testing/Calls");
+    const jmethodID clear = calls ? env_->GetStaticMethodID(calls, "clear", "()V") : nullptr;
+    if (clear) env_->CallStaticVoidMethod(calls, clear);
+    if (calls) env_->DeleteLocalRef(calls);
+    if (env_->ExceptionCheck()) {
+      env_->ExceptionClear();
+      ADD_FAILURE() << "Calls.clear threw";
+    }
+  }
+
+ private:
+  JavaVM* vm_;
+  JNIEnv* env_ = nullptr;
+};
+
+bool IsAttached() {
+  JavaVM* vm = RunningJavaVM();
+  JNIEnv* env = nullptr;
+  return vm && vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6) != JNI_EDETACHED;
+}
+
+// What one host thread saw: per case, how often each code came back.
+struct Tally {
+  std::map<size_t, std::map<HRESULT, long>> results;
+  // Codes of calls made after the manager was seen to have ended.
+  std::map<HRESULT, long> afterEnd;
+  bool attachedAtExit = false;
+};
+
+class ManagerConcurrency : public JvmHostTest {
+ protected:
+  ManagerConcurrency() {
+    // The JIT adds compiler threads when the machine is busy, each with a global reference
+    // of its own; with a fixed number the JVM's count is the component's to explain.
+    const char* options = std::getenv("JAVA_TOOL_OPTIONS");
+    setenv("JAVA_TOOL_OPTIONS",
+           (std::string(options ? options : "") + " -XX:-UseDynamicNumberOfCompilerThreads").c_str(),
+           1);
+    WriteSettings({});
+    hostsim::DescribeDesktop(SystemInfo());
+    registry_.Own(HKEY_LOCAL_MACHINE, kLegacyKey);
+    registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, WSTR("Zelmar Server URL"),
+                        WSTR("https://u/x|svc|cert"));
+    registry_.Apply();
+    Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
+    executor_ = MakeFake<FakeActionExecutor>();
+    Service().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::QueryInterface);
+  }
+  void TearDown() override {
+    if (starter_.joinable()) EndStarter();
+    manager_.reset();
+    Service().Withdraw(IID_IHostSessionSource);
+    Service().Withdraw(IID_IHostActionExecutor);
+    executor_.Reset();
+    JvmHostTest::TearDown();
+  }
+
+  LONG Dump(unsigned char type, IUnknown* data, ULONGLONG number) {
+    return manager_->DumpData(WSTR("url"), WSTR("token"), WSTR("cert"), number, type, data);
+  }
+
+  // Starts Java on a thread of its own that lives until `release` is set: its end is the
+  // manager's end. The answers are set and every case is made once before the threads
+  // come, so that the JVM's first-use work is not counted against the threads.
+  void StartOnStarter() {
+    starter_ = std::thread([this] {
+      ComApartment apartment;
+      const LONG started = Dump(kTypeWithoutMessage, nullptr, 0);
+      if (started == S_OK) {
+        JavaControl control(*manager_->GetJavaVM());
+        control.SetAnswer("onStartup", std::string("policy"));
+        control.SetAnswer("onUserLogon", std::string("welcome"));
+        control.SetAnswer("onDataCollected", std::string("collect-more"));
+        for (const Case& c : MakeCases()) Dump(c.type, c.data.Get(), 1);
+        control.ClearCalls();
+      }
+      std::unique_lock<std::mutex> hold(starterLock_);
+      started_ = started;
+      starterChanged_.notify_all();
+      starterChanged_.wait(hold, [this] { return release_; });
+    });
+    std::unique_lock<std::mutex> hold(starterLock_);
+    starterChanged_.wait(hold, [this] { return started_.has_value(); });
+  }
+  // Lets the starting thread end, and waits for it.
+  void EndStarter() {
+    {
+      std::lock_guard<std::mutex> hold(starterLock_);
+      release_ = true;
+    }
+    starterChanged_.notify_all();
+    starter_.join();
+  }
+
+  // Host threads, each cycling through every case from its own place in the list; each
+  // call is counted in `progress`. The thread stops after `calls`, and, once it has seen
+  // the manager end (when `untilEnd`), after one more round of every case.
+  std::vector<Tally> RunHostThreads(int calls, bool untilEnd, std::atomic<long>* progress) {
+    std::vector<Tally> tallies(kHostThreads);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kHostThreads; ++t) {
+      threads.emplace_back([this, t, calls, untilEnd, progress, &tallies] {
+        ComApartment apartment;
+        Tally& tally = tallies[t];
+        {
+          const std::vector<Case> cases = MakeCases();
+          int afterEnd = -1;
+          for (int i = 0; i < calls || (untilEnd && afterEnd < static_cast<int>(cases.size()));
+               ++i) {
+            const size_t index = (t * 3 + i) % cases.size();
+            const bool ended = manager_->GetState() == eStateUninitialized;
+            const LONG result = Dump(cases[index].type, cases[index].data.Get(),
+                                     static_cast<ULONGLONG>(t) << 32 | i);
+            ++tally.results[index][result];
+            if (ended) {
+              ++tally.afterEnd[result];
+              ++afterEnd;
+            }
+            ++*progress;
+          }
+        }
+        tally.attachedAtExit = IsAttached();
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    return tallies;
+  }
+
+  // Registers and unregisters callbacks under two keys, and reads the server information,
+  // until `stop`. The registry is thus empty, has one key (every answer reaches it) or
+  // two (an answer to a third key reaches nobody) as the calls arrive.
+  void ChurnCallbacks(const std::atomic<bool>& stop, long* rounds) {
+    ComApartment apartment;
+    auto first = MakeFake<FakeDataDumpCallback>();
+    auto second = MakeFake<FakeDataDumpCallback>();
+    auto stranger = MakeFake<FakeDataDumpCallback>();
+    CRMICommManagerImpl& manager = *manager_;
+    for (*rounds = 0; !stop.load(); ++*rounds) {
+      EXPECT_EQ(manager.Register(WSTR("url"), WSTR("a"), nullptr, first.Get()), S_OK);
+      EXPECT_EQ(manager.Register(WSTR("url"), WSTR("b"), nullptr, second.Get()), S_OK);
+      EXPECT_EQ(manager.Unregister(WSTR("url"), WSTR("b"), nullptr, stranger.Get()), S_OK);
+      if (*rounds % 16 == 0) ExpectServerInfo();
+      EXPECT_EQ(manager.Unregister(WSTR("url"), WSTR("b"), nullptr, second.Get()), S_OK);
+      std::this_thread::yield();
+      EXPECT_EQ(manager.Unregister(WSTR("url"), WSTR("a"), nullptr, first.Get()), S_OK);
+    }
+  }
+  static void ExpectServerInfo() {
+    BSTR url = nullptr, serviceValue = nullptr, certificate = nullptr;
+    const ScopedVariant config(WSTR("<c/>"));
+    EXPECT_EQ(CRMIConfigLoader::GetServerInfo(config.Get(), &url, &serviceValue, &certificate),
+              S_OK);
+    EXPECT_EQ(U(url ? WString(url) : WString()), "https://u/x");
+    for (BSTR text : {url, serviceValue, certificate}) SysFreeString(text);
+  }
+
+  // Every code a thread saw must be one its input allows.
+  static void ExpectAllowedCodes(const std::vector<Tally>& tallies,
+                                 const std::set<HRESULT>& alsoAllowed) {
+    const std::vector<Case> cases = MakeCases();
+    for (size_t t = 0; t < tallies.size(); ++t) {
+      for (const auto& [index, codes] : tallies[t].results) {
+        for (const auto& [code, count] : codes) {
+          EXPECT_TRUE(cases[index].allowed.count(code) || alsoAllowed.count(code))
+              << "thread " << t << ", " << cases[index].name << ": 0x" << std::hex
+              << static_cast<uint32_t>(code) << std::dec << " " << count << " time(s)";
+        }
+      }
+      EXPECT_FALSE(tallies[t].attachedAtExit) << "thread " << t << " ended attached to Java";
+    }
+  }
+
+  static std::string Progress(const std::atomic<long>& calls, long expected) {
+    std::ostringstream text;
+    text << calls.load() << " of " << expected << " calls made";
+    return text.str();
+  }
+
+  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
+  ComPtr<FakeActionExecutor> executor_;
+  std::thread starter_;
+  std::mutex starterLock_;
+  std::condition_variable starterChanged_;
+  std::optional<LONG> started_;
+  bool release_ = false;
+};
+
+TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo) {
+  const int calls = CallsPerThread(10000);
+  StartOnStarter();
+  ASSERT_EQ(started_.value_or(E_UNEXPECTED), S_OK) << Logger().Dump();
+  hostsim::JniGlobalReferences(kRuntimeLibrary);  // its own first use makes references
+  const long referencesBefore = hostsim::JniGlobalReferences(kRuntimeLibrary);
+  ASSERT_GT(referencesBefore, 0);
+
+  std::atomic<long> progress{0};
+  std::atomic<bool> stop{false};
+  long churnRounds = 0;
+  std::vector<Tally> tallies;
+  {
+    Watchdog watchdog([&] { return Progress(progress, long(calls) * kHostThreads); },
+                      std::chrono::seconds(600));
+    std::thread churn([&] { ChurnCallbacks(stop, &churnRounds); });
+    std::thread janitor([&] {
+      CallRecords records;
+      while (!stop.load()) {
+        records.Clear();
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+      }
+    });
+    tallies = RunHostThreads(calls, false, &progress);
+    stop = true;
+    churn.join();
+    janitor.join();
+  }
+  CallRecords().Clear();
+
+  ExpectAllowedCodes(tallies, {});
+  std::map<HRESULT, long> startupCodes;
+  for (const Tally& tally : tallies) {
+    for (const auto& [index, codes] : tally.results) {
+      if (MakeCases()[index].type == eStartup) {
+        for (const auto& [code, count] : codes) startupCodes[code] += count;
+      }
+    }
+  }
+  RecordProperty("calls", std::to_string(progress.load()));
+  RecordProperty("callback_rounds", std::to_string(churnRounds));
+  RecordProperty("startup_answers_delivered", std::to_string(startupCodes[S_OK]));
+  EXPECT_EQ(progress.load(), long(calls) * kHostThreads);
+  EXPECT_GT(churnRounds, 0);
+  EXPECT_EQ(manager_->GetState(), eStateInitialized);
+  EXPECT_TRUE(executor_->Actions().size() > 0);
+
+  // Nothing the calls made is still held by Java.
+  EXPECT_EQ(hostsim::JniGlobalReferences(kRuntimeLibrary), referencesBefore);
+
+  // The starting thread's end is the manager's end, with Java's client disposed of.
+  EndStarter();
+  EXPECT_EQ(manager_->GetState(), eStateUninitialized);
+  EXPECT_LT(hostsim::JniGlobalReferences(kRuntimeLibrary), referencesBefore);
+}
+
+TEST_F(ManagerConcurrency, TheStartingThreadEndsWhileOthersAreCalling) {
+  const int calls = CallsPerThread(10000) / 10;
+  StartOnStarter();
+  ASSERT_EQ(started_.value_or(E_UNEXPECTED), S_OK) << Logger().Dump();
+  std::atomic<long> progress{0};
+  std::vector<Tally> tallies;
+  {
+    Watchdog watchdog([&] { return Progress(progress, long(calls) * kHostThreads); },
+                      std::chrono::seconds(600));
+    // The end arrives when the threads are well under way.
+    std::thread ender([&] {
+      while (progress.load() < long(calls) * kHostThreads / 4) std::this_thread::yield();
+      EndStarter();
+    });
+    tallies = RunHostThreads(calls, true, &progress);
+    ender.join();
+  }
+
+  // Before the end, each input answers its own codes; after it, every call is refused.
+  ExpectAllowedCodes(tallies, {E_FAIL});
+  for (size_t t = 0; t < tallies.size(); ++t) {
+    ASSERT_FALSE(tallies[t].afterEnd.empty()) << "thread " << t;
+    EXPECT_EQ(tallies[t].afterEnd.size(), 1u) << "thread " << t;
+    EXPECT_GT(tallies[t].afterEnd[E_FAIL], 0) << "thread " << t;
+  }
+  EXPECT_GT(CountStartingWith(Logger(), U(messages::kRefusedAfterTeardown)), 0u);
+  const auto recorded = RawJava().Calls();
+  ASSERT_FALSE(recorded.empty());
+  EXPECT_EQ(recorded.back(), "dispose()");
+}
+
+}  // namespace
+}  // namespace tarnix::testing
