@@ -75,6 +75,11 @@ list(SORT msvc_names)
 set(lines)
 foreach(name ${msvc_names})
   demangle(declaration ${UNDNAME} ${name})
+  # The two ABIs order `this` and the hidden result pointer differently: such a member
+  # cannot be bound to the host's name as it is.
+  if(declaration MATCHES "(^|: |static )(class|struct|union) [^&*]+ __cdecl ")
+    message(FATAL_ERROR "${declaration} returns an object by value; export a wrapper instead")
+  endif()
   member_key(key "${declaration}")
   string(MAKE_C_IDENTIFIER "${key}" id)
   if(NOT DEFINED own_name_of_${id})

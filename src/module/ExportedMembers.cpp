@@ -2,6 +2,12 @@
 // this build's compiler, and by a compiler for the host's ABI; the build pairs the names
 // the two give each member and exports every member under the host's name. Nothing here
 // is linked into the library.
+//
+// Binding the host's name straight to our member is sound because both compilers call
+// these the same way on x64: `this` in the first register, integers and pointers in the
+// next ones, a VARIANT by value as the address of a copy the caller made, a LONG or a
+// reference returned in RAX. A member returning a class by value would not be: the two
+// put the hidden result pointer and `this` in opposite order.
 #include "tarnix/RMICommManager.h"
 
 #define TARNIX_EXPORTED_MEMBER(variable, member) \
