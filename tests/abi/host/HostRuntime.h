@@ -18,10 +18,11 @@ bool Same(const WCHAR* left, const WCHAR* right);
 bool StartsWith(const WCHAR* text, const WCHAR* prefix);
 
 // Wide text built up in a fixed buffer; what does not fit is cut off (and then differs
-// from whatever it is compared with).
+// from whatever it is compared with). Constant-initialised as a global: nothing runs
+// constructors of globals in a program without a C runtime.
 class Text {
  public:
-  Text() { buffer_[0] = 0; }
+  constexpr Text() : buffer_{}, length_(0) {}
   explicit Text(const WCHAR* text) : Text() { Append(text); }
   Text& Append(const WCHAR* text);
   const WCHAR* Get() const { return buffer_; }
@@ -30,7 +31,7 @@ class Text {
  private:
   static constexpr unsigned kCapacity = 400;
   WCHAR buffer_[kCapacity + 1];
-  unsigned length_ = 0;
+  unsigned length_;
 };
 
 void Check(bool ok, const char* what);
