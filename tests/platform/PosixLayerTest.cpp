@@ -160,6 +160,8 @@ TEST(RegFile, ChangesAreWrittenBackAndReadAgainExactly) {
     ASSERT_EQ(key.WriteValue(WSTR("Tricky \"name\" \\"), "x\0y", 3, REG_SZ), ERROR_SUCCESS);
     std::vector<BYTE> big(100, 0xAB);
     ASSERT_EQ(key.WriteValue(WSTR("Big"), big.data(), 100, REG_BINARY), ERROR_SUCCESS);
+    // A name with an "=" of its own, and data that goes on over several lines.
+    ASSERT_EQ(key.WriteValue(WSTR("Size=Big"), big.data(), 100, REG_BINARY), ERROR_SUCCESS);
     RegKey scratch;
     ASSERT_EQ(scratch.Create(HKEY_CURRENT_USER, WSTR("Volatile"), KEY_ALL_ACCESS, REG_OPTION_VOLATILE), ERROR_SUCCESS);
     ASSERT_EQ(scratch.WriteValue(WSTR("v"), 1), ERROR_SUCCESS);
@@ -179,6 +181,7 @@ TEST(RegFile, ChangesAreWrittenBackAndReadAgainExactly) {
   EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Tricky \"name\" \\", &type),
             (std::vector<BYTE>{'x', 0, 'y'}));
   EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Big", &type).size(), 100u);
+  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Size=Big", &type).size(), 100u);
   EXPECT_EQ(Raw(HKEY_LOCAL_MACHINE, "SOFTWARE\\Agent", "Multi", &type), Utf16(std::u16string(u"a\0bc\0\0", 6)));
   RegKey gone;
   EXPECT_EQ(gone.Open(HKEY_CURRENT_USER, WSTR("Volatile"), KEY_READ), ERROR_FILE_NOT_FOUND);

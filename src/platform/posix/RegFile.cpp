@@ -122,10 +122,19 @@ bool StartsWith(const WString& text, size_t pos, const char* prefix) {
   return true;
 }
 
+// The "=" that counts is the one after the value's name: a name may hold one of its own.
 bool IsHexValueLine(const WString& line) {
-  const size_t eq = line.find(u'=');
-  if (eq == WString::npos || line.empty() || (line[0] != u'"' && line[0] != u'@')) return false;
-  size_t k = eq + 1;
+  if (line.empty() || (line[0] != u'"' && line[0] != u'@')) return false;
+  size_t k = 0;
+  WString name;
+  if (line[0] == u'@') {
+    k = 1;
+  } else if (!ReadQuoted(line, &k, &name)) {
+    return false;
+  }
+  while (k < line.size() && IsSpace(line[k])) ++k;
+  if (k >= line.size() || line[k] != u'=') return false;
+  ++k;
   while (k < line.size() && IsSpace(line[k])) ++k;
   return StartsWith(line, k, "hex");
 }
