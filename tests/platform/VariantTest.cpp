@@ -134,6 +134,18 @@ TEST(Variant, NumbersConvertWithBankersRoundingAndReportOverflow) {
   ScopedVariant real(WSTR("2.5"));
   ASSERT_EQ(real.ChangeType(VT_R8), S_OK);
   EXPECT_EQ(real.Get().dblVal, 2.5);
+
+  // Text beyond a double's range overflows rather than reading as zero; the text of the
+  // largest double, rounded up to 15 digits, is such a text.
+  ScopedVariant huge(WSTR("1e999"));
+  EXPECT_EQ(huge.ChangeType(VT_R8), DISP_E_OVERFLOW);
+  ScopedVariant hugeNegative(WSTR("-1e999"));
+  EXPECT_EQ(toI4(hugeNegative.Get(), &value), DISP_E_OVERFLOW);
+  ScopedVariant largest(WSTR("1.79769313486232E+308"));
+  EXPECT_EQ(largest.ChangeType(VT_R8), DISP_E_OVERFLOW);
+  ScopedVariant tiny(WSTR("1e-999"));
+  ASSERT_EQ(tiny.ChangeType(VT_R8), S_OK);
+  EXPECT_EQ(tiny.Get().dblVal, 0.0);
 }
 
 TEST(Variant, ObjectsConvertToUnknownWithAReferenceOfTheirOwnAndNothingElseDoes) {

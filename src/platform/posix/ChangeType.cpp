@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <locale.h>
+#include <stdlib.h>
 #include <string>
 
 using tarnix::ComPtr;
@@ -65,6 +67,14 @@ bool Dereference(const VARIANT& byref, VARIANT* view) {
   }
 }
 
+// from_chars leaves the value alone when it is out of range, which would read "1e999" as
+// 0; the C library's reading (in the "C" locale) tells an overflow, infinity, from an
+// underflow, zero or a subnormal.
+double OutOfRange(const char* decimal) {
+  static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+  return strtod_l(decimal, nullptr, classic);
+}
+
 bool IsBlank(WCHAR c) { return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n'; }
 
 // Decimal text as the en-US locale writes it: blanks around, a sign, digits, a fraction,
@@ -102,6 +112,7 @@ bool ParseNumber(BSTR text, Number* out) {
   double value = 0;
   auto [ptr, ec] = std::from_chars(first, last, value, std::chars_format::general);
   if (ptr != last || (ec != std::errc() && ec != std::errc::result_out_of_range)) return false;
+  if (ec == std::errc::result_out_of_range) value = OutOfRange(first);
   *out = Number::Real(negative ? -value : value);
   return true;
 }
@@ -154,7 +165,9 @@ HRESULT ToNumber(const VARIANT& v, USHORT flags, bool forBool, Number* out) {
     case VT_CY: *out = Number::Real(static_cast<double>(v.cyVal.int64) / 10000.0); return S_OK;
     case VT_BOOL: *out = Number::Signed(v.boolVal ? -1 : 0); return S_OK;
     case VT_BSTR:
-      if (ParseNumber(v.bstrVal, out)) return S_OK;
+      if (ParseNumber(v.bstrVal, out)) {
+        return out->kind == Number::kReal && std::isinf(out->d) ? DISP_E_OVERFLOW : S_OK;
+      }
       if (forBool && v.bstrVal && (EqualsIgnoringCase(v.bstrVal, "true") || EqualsIgnoringCase(v.bstrVal, "false"))) {
         *out = Number::Signed(EqualsIgnoringCase(v.bstrVal, "true") ? -1 : 0);
         return S_OK;
