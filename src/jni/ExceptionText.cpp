@@ -78,7 +78,8 @@ class ThrowableReader {
 
 bool CJavaVM::GetExceptionText(WString& out) {
   JNIEnv* env = GetEnv();
-  if (!env) return false;
+  // Asked after every call into Java; the plain check spares a reference when all is well.
+  if (!env || !env->ExceptionCheck()) return false;
   tarnix::LocalRef<jthrowable> exception(env, env->ExceptionOccurred());
   if (!exception) return false;
   // JNI allows no queries while an exception is pending, so it is taken and cleared

@@ -5,6 +5,19 @@
 #include "jni/JavaVM.h"
 #include "jni/Signature.h"
 
+namespace {
+
+// The row of an alias, const or not as the table is.
+template <class Methods>
+auto FindRow(Methods& methods, std::string_view alias) -> decltype(&methods[0]) {
+  for (auto& method : methods) {
+    if (method.alias.size() == alias.size() && method.alias == alias) return &method;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
 CJavaClass::CJavaClass(CJavaVM* machine, std::string name)
     : machine_(machine), name_(std::move(name)) {}
 
@@ -35,19 +48,24 @@ bool CJavaClass::Initialize(const MethodEntry* table, ULONGLONG count) {
       tarnix::RaiseIllegalArgument(env, std::string("malformed descriptor ") + row.signature);
       return false;
     }
+    method.alias = row.alias;
     method.name = row.name;
     method.signature = row.signature;
     method.result = result[0] == '[' ? 'L' : result[0];
     method.returnsString = result == "Ljava/lang/String;";
     method.isConstructor = method.name == "<init>";
-    methods_[row.alias] = std::move(method);  // a later row of the same alias wins
+    // A later row of the same alias wins.
+    if (tarnix::JavaMethod* earlier = FindRow(methods_, method.alias)) {
+      *earlier = std::move(method);
+    } else {
+      methods_.push_back(std::move(method));
+    }
   }
   return true;
 }
 
 const tarnix::JavaMethod* CJavaClass::FindMethod(std::string_view alias) const {
-  const auto found = methods_.find(alias);
-  return found == methods_.end() ? nullptr : &found->second;
+  return FindRow(methods_, alias);
 }
 
 jmethodID CJavaClass::GetMethodId(std::string_view alias) const {
@@ -55,16 +73,22 @@ jmethodID CJavaClass::GetMethodId(std::string_view alias) const {
   return method ? method->id : nullptr;
 }
 
-std::shared_ptr<CJavaObject> CJavaClass::NewObjectWith(std::string_view alias,
-                                                       tarnix::JavaArguments arguments) const {
+std::optional<CJavaObject> CJavaClass::NewLocalObjectWith(std::string_view alias,
+                                                          tarnix::JavaArguments arguments) const {
   const tarnix::JavaMethod* method = FindMethod(alias);
   if (!method || !method->isConstructor) return {};
   JNIEnv* env = machine_->GetEnv();
   if (!env || env->ExceptionCheck()) return {};
   tarnix::CallArguments values;
   if (!values.Prepare(env, *this, alias, *method, arguments)) return {};
-  tarnix::GlobalRef<jobject> object = tarnix::MakeGlobal(
-      machine_, env, env->NewObjectA(class_.Get(), method->id, values.Get()));
+  tarnix::LocalRef<jobject> object(env, env->NewObjectA(class_.Get(), method->id, values.Get()));
   if (!object) return {};
-  return std::make_shared<CJavaObject>(machine_, this, std::move(object));
+  return CJavaObject(machine_, this, std::move(object));
+}
+
+std::shared_ptr<CJavaObject> CJavaClass::NewObjectWith(std::string_view alias,
+                                                       tarnix::JavaArguments arguments) const {
+  std::optional<CJavaObject> local = NewLocalObjectWith(alias, arguments);
+  if (!local) return {};
+  return local->MakeGlobal();
 }

@@ -10,11 +10,11 @@
 
 #include <jni.h>
 
-#include <functional>
-#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class CJavaVM;
 
@@ -29,6 +29,7 @@ struct MethodEntry {
 namespace tarnix {
 // A resolved row: the id and what its descriptor says about arguments and result.
 struct JavaMethod {
+  std::string alias;
   jmethodID id = nullptr;
   std::string name;
   std::string signature;
@@ -56,16 +57,24 @@ class CJavaClass {
   jmethodID GetMethodId(std::string_view alias) const;
   const tarnix::JavaMethod* FindMethod(std::string_view alias) const;
 
-  // A new instance through the constructor of that alias. Empty when the alias is not a
-  // constructor of the table (nothing is called and no exception is raised), or when the
-  // arguments do not fit its descriptor, or the constructor threw (an exception is then
-  // pending).
+  // A new instance through the constructor of that alias, pinned by a global reference.
+  // Empty when the alias is not a constructor of the table (nothing is called and no
+  // exception is raised), or when the arguments do not fit its descriptor, or the
+  // constructor threw (an exception is then pending).
   template <class... Args>
   std::shared_ptr<CJavaObject> NewObject(std::string_view alias, const Args&... args) const {
     return NewObjectWith(alias, tarnix::MakeJavaArguments(args...));
   }
   std::shared_ptr<CJavaObject> NewObjectWith(std::string_view alias,
                                              tarnix::JavaArguments arguments) const;
+  // The same as a local reference of the calling thread, without the shared handle: for
+  // the objects of one call, which die with it and are not worth a global reference each.
+  template <class... Args>
+  std::optional<CJavaObject> NewLocalObject(std::string_view alias, const Args&... args) const {
+    return NewLocalObjectWith(alias, tarnix::MakeJavaArguments(args...));
+  }
+  std::optional<CJavaObject> NewLocalObjectWith(std::string_view alias,
+                                                tarnix::JavaArguments arguments) const;
 
   const std::string& GetName() const { return name_; }
   jclass Get() const { return class_.Get(); }
@@ -75,5 +84,7 @@ class CJavaClass {
   CJavaVM* machine_;
   std::string name_;
   tarnix::GlobalRef<jclass> class_;
-  std::map<std::string, tarnix::JavaMethod, std::less<>> methods_;
+  // In table order, one row per alias. The tables are a dozen rows at most: a scan
+  // that compares lengths first beats a tree of strings on every call.
+  std::vector<tarnix::JavaMethod> methods_;
 };

@@ -15,10 +15,18 @@ struct PreparedCall {
   const tarnix::JavaMethod* method = nullptr;
   tarnix::CallArguments values;
 
-  bool Prepare(CJavaVM* machine, const CJavaClass& javaClass, std::string_view alias,
-               tarnix::JavaArguments arguments) {
+  // `owner` is the environment of the thread whose local reference the object is; null
+  // for a global one.
+  bool Prepare(CJavaVM* machine, const CJavaClass& javaClass, JNIEnv* owner,
+               std::string_view alias, tarnix::JavaArguments arguments) {
     env = machine->GetEnv();
     if (!env || env->ExceptionCheck()) return false;
+    if (owner && owner != env) {
+      tarnix::RaiseIllegalArgument(env, "a local reference of another thread: " +
+                                            javaClass.GetName() + " \"" + std::string(alias) +
+                                            "\" needs a global object");
+      return false;
+    }
     method = javaClass.FindMethod(alias);
     if (!method || method->isConstructor) {
       tarnix::RaiseIllegalArgument(env, "no method \"" + std::string(alias) +
@@ -34,30 +42,71 @@ struct PreparedCall {
 
 CJavaObject::CJavaObject(CJavaVM* machine, const CJavaClass* javaClass,
                          tarnix::GlobalRef<jobject> object)
-    : machine_(machine), class_(javaClass), object_(std::move(object)) {}
+    : machine_(machine), class_(javaClass), global_(std::move(object)), object_(global_.Get()) {}
 
-CJavaObject::~CJavaObject() = default;
+CJavaObject::CJavaObject(CJavaVM* machine, const CJavaClass* javaClass,
+                         tarnix::LocalRef<jobject> object)
+    : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
+
+CJavaObject::CJavaObject(CJavaObject&& other) noexcept
+    : machine_(other.machine_),
+      class_(other.class_),
+      global_(std::move(other.global_)),
+      local_(std::move(other.local_)),
+      object_(std::exchange(other.object_, nullptr)) {}
+
+CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
+  if (this != &other) {
+    ForgetIfDetached();
+    machine_ = other.machine_;
+    class_ = other.class_;
+    global_ = std::move(other.global_);
+    local_ = std::move(other.local_);
+    object_ = std::exchange(other.object_, nullptr);
+  }
+  return *this;
+}
+
+CJavaObject::~CJavaObject() { ForgetIfDetached(); }
+
+void CJavaObject::ForgetIfDetached() {
+  // A detach has already dropped the thread's frame and this reference with it.
+  if (local_ && machine_->GetEnv() != local_.Env()) local_.Release();
+}
+
+std::shared_ptr<CJavaObject> CJavaObject::MakeGlobal() const {
+  JNIEnv* env = machine_->GetEnv();
+  if (!env || !object_) return {};
+  // A converter may hand back an object together with an exception meant for its caller;
+  // it is set aside while the reference is made, and stays pending.
+  tarnix::LocalRef<jthrowable> pending(env, env->ExceptionOccurred());
+  if (pending) env->ExceptionClear();
+  tarnix::GlobalRef<jobject> pinned(machine_, env->NewGlobalRef(object_));
+  if (pending) env->Throw(pending.Get());
+  if (!pinned) return {};
+  return std::make_shared<CJavaObject>(machine_, class_, std::move(pinned));
+}
 
 void CJavaObject::CallVoidMethodWith(std::string_view alias,
                                      tarnix::JavaArguments arguments) const {
   PreparedCall call;
-  if (!call.Prepare(machine_, *class_, alias, arguments)) return;
+  if (!call.Prepare(machine_, *class_, Owner(), alias, arguments)) return;
   JNIEnv* env = call.env;
   const jmethodID id = call.method->id;
   const jvalue* values = call.values.Get();
   // Each result kind through its own call, and an object result deleted at once: on a
   // thread that stays attached it would otherwise stay in the frame for good.
   switch (call.method->result) {
-    case 'V': env->CallVoidMethodA(object_.Get(), id, values); break;
-    case 'L': tarnix::LocalRef<jobject>(env, env->CallObjectMethodA(object_.Get(), id, values)); break;
-    case 'Z': env->CallBooleanMethodA(object_.Get(), id, values); break;
-    case 'B': env->CallByteMethodA(object_.Get(), id, values); break;
-    case 'C': env->CallCharMethodA(object_.Get(), id, values); break;
-    case 'S': env->CallShortMethodA(object_.Get(), id, values); break;
-    case 'I': env->CallIntMethodA(object_.Get(), id, values); break;
-    case 'J': env->CallLongMethodA(object_.Get(), id, values); break;
-    case 'F': env->CallFloatMethodA(object_.Get(), id, values); break;
-    case 'D': env->CallDoubleMethodA(object_.Get(), id, values); break;
+    case 'V': env->CallVoidMethodA(object_, id, values); break;
+    case 'L': tarnix::LocalRef<jobject>(env, env->CallObjectMethodA(object_, id, values)); break;
+    case 'Z': env->CallBooleanMethodA(object_, id, values); break;
+    case 'B': env->CallByteMethodA(object_, id, values); break;
+    case 'C': env->CallCharMethodA(object_, id, values); break;
+    case 'S': env->CallShortMethodA(object_, id, values); break;
+    case 'I': env->CallIntMethodA(object_, id, values); break;
+    case 'J': env->CallLongMethodA(object_, id, values); break;
+    case 'F': env->CallFloatMethodA(object_, id, values); break;
+    case 'D': env->CallDoubleMethodA(object_, id, values); break;
   }
 }
 
@@ -65,11 +114,11 @@ std::shared_ptr<CJavaString> CJavaObject::CallStringMethodWith(
     std::string_view alias, tarnix::JavaArguments arguments) const {
   tarnix::LocalRef<jstring> answer;
   PreparedCall call;
-  if (call.Prepare(machine_, *class_, alias, arguments)) {
+  if (call.Prepare(machine_, *class_, Owner(), alias, arguments)) {
     if (call.method->returnsString) {
       answer = tarnix::LocalRef<jstring>(
           call.env, static_cast<jstring>(call.env->CallObjectMethodA(
-                        object_.Get(), call.method->id, call.values.Get())));
+                        object_, call.method->id, call.values.Get())));
     } else {
       tarnix::RaiseIllegalArgument(call.env, class_->GetName() + "." + call.method->name +
                                                  call.method->signature +
@@ -82,7 +131,7 @@ std::shared_ptr<CJavaString> CJavaObject::CallStringMethodWith(
 tarnix::LocalRef<jobject> CJavaObject::CallObjectMethodWith(
     std::string_view alias, tarnix::JavaArguments arguments) const {
   PreparedCall call;
-  if (!call.Prepare(machine_, *class_, alias, arguments)) return {};
+  if (!call.Prepare(machine_, *class_, Owner(), alias, arguments)) return {};
   if (call.method->result != 'L') {
     tarnix::RaiseIllegalArgument(call.env, class_->GetName() + "." + call.method->name +
                                                call.method->signature +
@@ -90,5 +139,5 @@ tarnix::LocalRef<jobject> CJavaObject::CallObjectMethodWith(
     return {};
   }
   return tarnix::LocalRef<jobject>(
-      call.env, call.env->CallObjectMethodA(object_.Get(), call.method->id, call.values.Get()));
+      call.env, call.env->CallObjectMethodA(object_, call.method->id, call.values.Get()));
 }

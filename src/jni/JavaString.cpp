@@ -8,7 +8,18 @@
 CJavaString::CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
     : machine_(machine), string_(std::move(string)) {}
 
-CJavaString::~CJavaString() {
+CJavaString::~CJavaString() { ForgetIfDetached(); }
+
+CJavaString& CJavaString::operator=(CJavaString&& other) noexcept {
+  if (this != &other) {
+    ForgetIfDetached();
+    machine_ = other.machine_;
+    string_ = std::move(other.string_);
+  }
+  return *this;
+}
+
+void CJavaString::ForgetIfDetached() {
   // A detach has already dropped the thread's frame and this reference with it.
   if (string_ && machine_->GetEnv() != string_.Env()) string_.Release();
 }

@@ -17,6 +17,9 @@ class CJavaString {
   virtual ~CJavaString();
   CJavaString(const CJavaString&) = delete;
   CJavaString& operator=(const CJavaString&) = delete;
+  // Movable, so that the strings of one call can live on the stack.
+  CJavaString(CJavaString&& other) noexcept = default;
+  CJavaString& operator=(CJavaString&& other) noexcept;
 
   // The characters up to the first zero character. False for a null string or when
   // the JVM cannot lend the characters.
@@ -26,6 +29,8 @@ class CJavaString {
   jstring Get() const { return string_.Get(); }
 
  private:
+  void ForgetIfDetached();
+
   CJavaVM* machine_;
   tarnix::LocalRef<jstring> string_;
 };

@@ -9,9 +9,25 @@
 #include <climits>
 #include <functional>
 
+namespace {
+
+std::atomic<std::uint64_t> g_lastThreadsVersion{0};
+
+std::uint64_t NewThreadsVersion() { return g_lastThreadsVersion.fetch_add(1) + 1; }
+
+// The calling thread's last answer from a machine's thread map.
+struct RememberedEnv {
+  std::uint64_t version = 0;
+  JNIEnv* env = nullptr;
+};
+thread_local RememberedEnv t_remembered;
+
+}  // namespace
+
 CJavaVM::CJavaVM(const WString& runtimeDirectory)
     : dllDirectory_(runtimeDirectory + tarnix::platform::kRuntimeDllDirectory),
-      runtimeLibraryPath_(runtimeDirectory + tarnix::platform::kRuntimeLibrary) {}
+      runtimeLibraryPath_(runtimeDirectory + tarnix::platform::kRuntimeLibrary),
+      threadsVersion_(NewThreadsVersion()) {}
 
 CJavaVM::~CJavaVM() {
   ForgetClassesAndThreads();
@@ -33,6 +49,8 @@ void CJavaVM::ForgetClassesAndThreads() {
   classes.clear();
   std::lock_guard<std::mutex> lock(environmentLock_);
   threads_.clear();
+  // Every thread's remembered environment is now stale.
+  threadsVersion_ = NewThreadsVersion();
 }
 
 void CJavaVM::Unload() {
@@ -76,10 +94,25 @@ LONG CJavaVM::Create(std::vector<std::string> options) {
 }
 
 JNIEnv* CJavaVM::GetEnv() {
+  // Only the thread itself changes its own entry (attach, detach); other threads can only
+  // empty the whole map, which changes the version.
+  const RememberedEnv& remembered = t_remembered;
+  if (remembered.version == threadsVersion_.load(std::memory_order_acquire)) return remembered.env;
+  return LookUpEnv();
+}
+
+JNIEnv* CJavaVM::LookUpEnv() {
   const DWORD thread = GetCurrentThreadId();
   std::lock_guard<std::mutex> lock(environmentLock_);
   const auto found = threads_.find(thread);
-  return found == threads_.end() ? nullptr : found->second;
+  JNIEnv* env = found == threads_.end() ? nullptr : found->second;
+  RememberEnv(env);
+  return env;
+}
+
+// Called with the environment lock held, so the version cannot move underneath.
+void CJavaVM::RememberEnv(JNIEnv* env) const {
+  t_remembered = RememberedEnv{threadsVersion_.load(std::memory_order_relaxed), env};
 }
 
 bool CJavaVM::IsRegistered() { return GetEnv() != nullptr; }
@@ -88,6 +121,7 @@ void CJavaVM::Register(JNIEnv* env) {
   const DWORD thread = GetCurrentThreadId();
   std::lock_guard<std::mutex> lock(environmentLock_);
   threads_[thread] = env;
+  RememberEnv(env);
 }
 
 LONG CJavaVM::AttachCurrentThread() {
@@ -113,6 +147,7 @@ LONG CJavaVM::DetachCurrentThread() {
   if (result != JNI_OK) return result;
   std::lock_guard<std::mutex> lock(environmentLock_);
   threads_.erase(thread);
+  RememberEnv(nullptr);
   return 0;
 }
 
@@ -158,6 +193,12 @@ std::shared_ptr<CJavaClass> CJavaVM::GetClass(std::string_view name) {
 }
 
 std::shared_ptr<CJavaString> CJavaVM::NewString(std::basic_string_view<WCHAR> text) {
+  std::optional<CJavaString> string = NewLocalString(text);
+  if (!string) return {};
+  return std::make_shared<CJavaString>(std::move(*string));
+}
+
+std::optional<CJavaString> CJavaVM::NewLocalString(std::basic_string_view<WCHAR> text) {
   JNIEnv* env = GetEnv();
   if (!env || env->ExceptionCheck()) return {};
   if (text.size() > static_cast<size_t>(INT32_MAX)) {
@@ -168,7 +209,7 @@ std::shared_ptr<CJavaString> CJavaVM::NewString(std::basic_string_view<WCHAR> te
   const jchar* chars = text.empty() ? &kEmpty : reinterpret_cast<const jchar*>(text.data());
   tarnix::LocalRef<jstring> string(env, env->NewString(chars, static_cast<jsize>(text.size())));
   if (!string) return {};
-  return std::make_shared<CJavaString>(this, std::move(string));
+  return CJavaString(this, std::move(string));
 }
 
 std::shared_ptr<CJavaString> CJavaVM::NewString(const WCHAR* text) {

@@ -11,9 +11,12 @@
 
 #include <jni.h>
 
+#include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,7 +37,8 @@ class CJavaVM {
   LONG Create(std::vector<std::string> options);
 
   // The calling thread's environment as registered here; null for a thread this machine
-  // has not attached (even if something else attached it).
+  // has not attached (even if something else attached it). Every bridge call asks, so the
+  // answer is remembered per thread and the thread map is consulted only on a miss.
   JNIEnv* GetEnv();
   // 0 or the machine's JNI code. A thread already registered is not attached again.
   LONG AttachCurrentThread();
@@ -68,6 +72,8 @@ class CJavaVM {
   // on failure, with the Java exception pending. A null pointer is the empty text.
   std::shared_ptr<CJavaString> NewString(std::basic_string_view<WCHAR> text);
   std::shared_ptr<CJavaString> NewString(const WCHAR* text);
+  // The same without the shared handle, for the many strings of one call.
+  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text);
 
   // False when no exception is pending (out untouched). Otherwise clears the exception
   // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
@@ -91,6 +97,8 @@ class CJavaVM {
   void Register(JNIEnv* env);
   void ForgetClassesAndThreads();
   bool IsRegistered();
+  JNIEnv* LookUpEnv();
+  void RememberEnv(JNIEnv* env) const;
 
   WString dllDirectory_;
   WString runtimeLibraryPath_;
@@ -98,6 +106,10 @@ class CJavaVM {
   JavaVM* vm_ = nullptr;
   std::mutex environmentLock_;
   std::map<DWORD, JNIEnv*> threads_;
+  // Names the thread map's current contents; a thread's remembered environment counts
+  // only while it was remembered under this value. Unique across machines, so a machine
+  // made where an old one lived never inherits its answers.
+  std::atomic<std::uint64_t> threadsVersion_;
   std::mutex classLock_;
   std::map<std::string, std::shared_ptr<CJavaClass>, std::less<>> classes_;
   DWORD creatingThread_ = 0;
