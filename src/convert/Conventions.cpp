@@ -19,9 +19,9 @@ constexpr ULONGLONG kTicksPerSecond = 10000000ULL;
 
 }  // namespace
 
-std::shared_ptr<CJavaString> GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
-                                           TextInLog visibility) {
-  std::shared_ptr<CJavaString> string = vm.NewString(text);
+LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
+                          TextInLog visibility) {
+  LocalString string = vm.NewLocalString(text);
   if (string) return string;
   WString exception;
   vm.GetExceptionText(exception);
@@ -30,7 +30,7 @@ std::shared_ptr<CJavaString> GetJavaString(const HostLog& log, CJavaVM& vm, WStr
   } else if (log.HasLogger()) {
     log.Error(WSTR("Failed to create a new Java string for %s.  %s"), WString(text), exception);
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 ULONGLONG ToJavaTime(DATE date) {

@@ -43,9 +43,14 @@ enum class DataClass {
   Count,
 };
 
+// The objects and strings of one conversion: local references of the converting thread,
+// held by value. A sample makes a thousand of each.
+using LocalObject = std::optional<CJavaObject>;
+using LocalString = std::optional<CJavaString>;
+
 // A Java string of the text, or empty with the failure logged and the exception cleared.
-std::shared_ptr<CJavaString> GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
-                                           TextInLog visibility);
+LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
+                          TextInLog visibility);
 
 // Whole seconds from 1970-01-01 (universal time) to the OLE date. Dates before 1970 wrap
 // around as unsigned values; the host has always been sent them so.
@@ -56,6 +61,13 @@ inline jlong ToJavaMillis(DATE date) { return static_cast<jlong>(ToJavaTime(date
 // The date as the host's messages show a sample: the C library's "%c" form, or
 // "Invalid DateTime" for a date out of the OLE range.
 WString DateLabel(DATE date);
+
+// What a converter hands back to its caller outside the conversion: the object pinned
+// by a global reference, so it may be kept or released anywhere, as the manager's other
+// Java objects are. Empty for an empty object.
+inline std::shared_ptr<CJavaObject> Pinned(const LocalObject& object) {
+  return object ? object->MakeGlobal() : nullptr;
+}
 
 class Conversion {
  public:
@@ -75,15 +87,15 @@ class Conversion {
   // Whether an exception is pending, leaving it so.
   bool ExceptionPending() const;
 
-  std::shared_ptr<CJavaString> String(WStringView text, TextInLog visibility = TextInLog::Shown) {
+  LocalString String(WStringView text, TextInLog visibility = TextInLog::Shown) {
     return GetJavaString(log_, vm_, text, visibility);
   }
 
   // `failure` is the object-creation message, with one %s for the exception text.
   template <class... Args>
-  std::shared_ptr<CJavaObject> Construct(const CJavaClass& javaClass, std::string_view alias,
-                                         const WCHAR* failure, const Args&... args) {
-    std::shared_ptr<CJavaObject> object = javaClass.NewObject(alias, args...);
+  LocalObject Construct(const CJavaClass& javaClass, std::string_view alias,
+                        const WCHAR* failure, const Args&... args) {
+    LocalObject object = javaClass.NewLocalObject(alias, args...);
     if (!object) LogWithException(failure);
     return object;
   }

@@ -63,21 +63,21 @@ constexpr AdapterSetter kAdapterSetters[] = {
 
 }  // namespace
 
-std::shared_ptr<CJavaObject> GetNetworkInterface(Conversion& c,
+LocalObject GetNetworkInterface(Conversion& c,
                                                  const HostNetworkInterfaceRecord& adapter) {
   const CJavaClass* adapterClass = c.Class(DataClass::NetworkInterface);
-  if (!adapterClass) return nullptr;
-  std::shared_ptr<CJavaString> description = c.String(View(adapter.description));
-  if (!description) return nullptr;
-  std::shared_ptr<CJavaString> texts[4];
+  if (!adapterClass) return std::nullopt;
+  LocalString description = c.String(View(adapter.description));
+  if (!description) return std::nullopt;
+  LocalString texts[4];
   for (size_t i = 0; i < 4; ++i) {
     texts[i] = c.String(View(adapter.*kAdapterSetters[i].text));
-    if (!texts[i]) return nullptr;
+    if (!texts[i]) return std::nullopt;
   }
-  std::shared_ptr<CJavaObject> javaAdapter =
+  LocalObject javaAdapter =
       c.Construct(*adapterClass, "ctor(description)",
                   WSTR("Failed to create a new Java network interface object.  %s"), *description);
-  if (!javaAdapter) return nullptr;
+  if (!javaAdapter) return std::nullopt;
   for (size_t i = 0; i < sizeof(kAdapterSetters) / sizeof(kAdapterSetters[0]); ++i) {
     const AdapterSetter& setter = kAdapterSetters[i];
     std::optional<WString> failure =
@@ -85,15 +85,15 @@ std::shared_ptr<CJavaObject> GetNetworkInterface(Conversion& c,
                     : c.Call(*javaAdapter, setter.alias, static_cast<jint>(adapter.linkSpeed));
     if (failure) {
       c.Log().Error(setter.failure, *failure);
-      return nullptr;
+      return std::nullopt;
     }
   }
   return javaAdapter;
 }
 
-std::shared_ptr<CJavaObject> GetDesktop(Conversion& c, ISystemInfo* system) {
+LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
   const CJavaClass* desktopClass = c.Class(DataClass::DesktopInformation);
-  if (!desktopClass || !system) return nullptr;
+  if (!desktopClass || !system) return std::nullopt;
   AdapterList adapters;
   {
     ScopedSafeArray received;
@@ -108,24 +108,24 @@ std::shared_ptr<CJavaObject> GetDesktop(Conversion& c, ISystemInfo* system) {
   ScopedBstr name, fqdn;
   system->get_machineName(name.Receive());
   system->get_FQDN(fqdn.Receive());
-  std::shared_ptr<CJavaString> javaName = c.String(View(name.Get()));
-  if (!javaName) return nullptr;
-  std::shared_ptr<CJavaString> javaFqdn = c.String(View(fqdn.Get()));
-  if (!javaFqdn) return nullptr;
-  std::shared_ptr<CJavaObject> desktop =
+  LocalString javaName = c.String(View(name.Get()));
+  if (!javaName) return std::nullopt;
+  LocalString javaFqdn = c.String(View(fqdn.Get()));
+  if (!javaFqdn) return std::nullopt;
+  LocalObject desktop =
       c.Construct(*desktopClass, "ctor(name,FQDN)",
                   WSTR("Failed to create a new Java desktop object.  %s"), *javaName, *javaFqdn);
-  if (!desktop) return nullptr;
+  if (!desktop) return std::nullopt;
   LONG memory = 0;
   system->get_totalMemory(&memory);
   if (std::optional<WString> failure = c.Call(*desktop, "putTotalMemory", static_cast<jint>(memory))) {
     c.Log().Error(WSTR("Failed to set total memory on the Java desktop object.  %s"), *failure);
-    return nullptr;
+    return std::nullopt;
   }
 
   const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& records = adapters.Records();
   for (const HostNetworkInterfaceRecord& record : records) {
-    std::shared_ptr<CJavaObject> adapter = GetNetworkInterface(c, record);
+    LocalObject adapter = GetNetworkInterface(c, record);
     if (!adapter) continue;
     if (std::optional<WString> failure = c.Call(*desktop, "addNetworkInterface", *adapter)) {
       c.Log().Error(WSTR("Failed to add network interface '%s' to the Java desktop object.  %s"),

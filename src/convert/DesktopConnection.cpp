@@ -23,15 +23,16 @@ std::shared_ptr<CJavaObject> GetDesktopConnection(IHostLogger* logger,
   tarnix::convert::Conversion c(*vm, log);
   const CJavaClass* connectionClass = c.Class(tarnix::convert::DataClass::DesktopConnection);
   if (!connectionClass) return nullptr;
-  std::shared_ptr<CJavaString> id = c.String(identity.id, TextInLog::Shown);
+  tarnix::convert::LocalString id = c.String(identity.id, TextInLog::Shown);
   if (!id) return nullptr;
-  std::shared_ptr<CJavaString> authToken = c.String(identity.authToken, TextInLog::Hidden);
+  tarnix::convert::LocalString authToken = c.String(identity.authToken, TextInLog::Hidden);
   if (!authToken) return nullptr;
-  std::shared_ptr<CJavaString> uniqueId = c.String(identity.uniqueId, TextInLog::Hidden);
+  tarnix::convert::LocalString uniqueId = c.String(identity.uniqueId, TextInLog::Hidden);
   if (!uniqueId) return nullptr;
-  std::shared_ptr<CJavaString> deviceType = c.String(DeviceType(system), TextInLog::Shown);
+  tarnix::convert::LocalString deviceType = c.String(DeviceType(system), TextInLog::Shown);
   if (!deviceType) return nullptr;
-  return c.Construct(*connectionClass, "ctor(id,authToken,uniqueId,version,deviceType)",
-                     WSTR("Failed to create a new Java connection object.  %s"), *id, *authToken,
-                     *uniqueId, kDesktopProtocolVersion, *deviceType);
+  return tarnix::convert::Pinned(
+      c.Construct(*connectionClass, "ctor(id,authToken,uniqueId,version,deviceType)",
+                  WSTR("Failed to create a new Java connection object.  %s"), *id, *authToken,
+                  *uniqueId, kDesktopProtocolVersion, *deviceType));
 }

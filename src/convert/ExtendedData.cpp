@@ -5,15 +5,15 @@
 
 namespace tarnix::convert {
 
-std::shared_ptr<CJavaObject> GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
-  if (!attributes) return nullptr;
+LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
+  if (!attributes) return std::nullopt;
   const CJavaClass* mapClass = c.Class(DataClass::HashMap);
-  if (!mapClass) return nullptr;
-  std::shared_ptr<CJavaObject> map =
+  if (!mapClass) return std::nullopt;
+  LocalObject map =
       c.Construct(*mapClass, "ctor()", WSTR("Failed to create a new Java hash map object.  %s"));
-  if (!map) return nullptr;
+  if (!map) return std::nullopt;
   ComPtr<IHostEnumerator> items;
-  if (FAILED(attributes->get_Enumerator(items.Receive()))) return nullptr;
+  if (FAILED(attributes->get_Enumerator(items.Receive()))) return std::nullopt;
   ScopedBstr name;
   ScopedVariant value;
   while (items && items->Next(name.Receive(), value.Receive()) == S_OK) {
@@ -21,9 +21,9 @@ std::shared_ptr<CJavaObject> GetExtendedData(Conversion& c, IHostNamedValues* at
     // reports it; no further Java call may be made while it is pending, so the remaining
     // attributes are only walked.
     if (c.ExceptionPending()) continue;
-    std::shared_ptr<CJavaString> key = c.String(View(name.Get()));
+    LocalString key = c.String(View(name.Get()));
     const bool isText = SUCCEEDED(value.ChangeType(VT_BSTR));
-    std::shared_ptr<CJavaString> text = c.String(isText ? View(value.Get().bstrVal) : WStringView());
+    LocalString text = c.String(isText ? View(value.Get().bstrVal) : WStringView());
     if (key && text) map->CallVoidMethod("put", *key, *text);
   }
   return map;
@@ -42,7 +42,7 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
     if (IUnknown* object = value.Get().punkVal) {
       object->QueryInterface(IID_IHostEnumerator, instances.ReceiveVoid());
     }
-    std::shared_ptr<CJavaObject> metric =
+    LocalObject metric =
         GetMetricWithInstances(c, View(name.Get()), instances.Get());
     instances.Reset();
     if (!metric) continue;
@@ -55,20 +55,20 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
   return last;
 }
 
-std::shared_ptr<CJavaObject> GetExtendedSample(Conversion& c, IHostSample* sample,
+LocalObject GetExtendedSample(Conversion& c, IHostSample* sample,
                                                IHostEnumerator* metrics) {
   const CJavaClass* sampleClass = c.Class(DataClass::Sample);
-  if (!sampleClass || !sample) return nullptr;
+  if (!sampleClass || !sample) return std::nullopt;
   DATE time = 0;
   const HRESULT hr = sample->get_time(&time);
   if (FAILED(hr)) {
     c.Log().ErrorWithCode(WSTR("Failed to get time from sample"), hr);
-    return nullptr;
+    return std::nullopt;
   }
-  std::shared_ptr<CJavaObject> javaSample =
+  LocalObject javaSample =
       c.Construct(*sampleClass, "ctor(time)", WSTR("Failed to create a new Java sample object.  %s"),
                   ToJavaMillis(time));
-  if (!javaSample) return nullptr;
+  if (!javaSample) return std::nullopt;
   // The sample goes with the metrics that did go in.
   if (FAILED(PutExtendedMetrics(c, *javaSample, sample, metrics))) {
     c.Log().Error(WSTR("Failed to get extended metrics."));

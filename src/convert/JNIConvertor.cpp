@@ -10,7 +10,7 @@ std::shared_ptr<CJavaObject> CJNIConvertor::GetSample(std::shared_ptr<CJavaVM> v
                                                       IHostSessionSource* sessions) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetSample(c, sample, sessions);
+  return convert::Pinned(convert::GetSample(c, sample, sessions));
 }
 
 bool CJNIConvertor::PutMetrics(std::shared_ptr<CJavaVM> vm, const CJavaObject& target,
@@ -25,42 +25,42 @@ std::shared_ptr<CJavaObject> CJNIConvertor::GetMetric(std::shared_ptr<CJavaVM> v
                                                       const VARIANT& value) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetMetric(c, name, value);
+  return convert::Pinned(convert::GetMetric(c, name, value));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetMetricWithInstances(
     std::shared_ptr<CJavaVM> vm, const WString& name, IHostEnumerator* instances) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetMetricWithInstances(c, name, instances);
+  return convert::Pinned(convert::GetMetricWithInstances(c, name, instances));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetUserSession(
     std::shared_ptr<CJavaVM> vm, tarnix::ComPtr<IHostUserSession> session) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetUserSession(c, std::move(session));
+  return convert::Pinned(convert::GetUserSession(c, std::move(session)));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetDesktop(std::shared_ptr<CJavaVM> vm,
                                                        ISystemInfo* system) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetDesktop(c, system);
+  return convert::Pinned(convert::GetDesktop(c, system));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetNetworkInterface(
     std::shared_ptr<CJavaVM> vm, const HostNetworkInterfaceRecord& adapter) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetNetworkInterface(c, adapter);
+  return convert::Pinned(convert::GetNetworkInterface(c, adapter));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetExtendedData(std::shared_ptr<CJavaVM> vm,
                                                             IHostNamedValues* attributes) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetExtendedData(c, attributes);
+  return convert::Pinned(convert::GetExtendedData(c, attributes));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetExtendedSample(std::shared_ptr<CJavaVM> vm,
@@ -68,7 +68,7 @@ std::shared_ptr<CJavaObject> CJNIConvertor::GetExtendedSample(std::shared_ptr<CJ
                                                               IHostEnumerator* metrics) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetExtendedSample(c, sample, metrics);
+  return convert::Pinned(convert::GetExtendedSample(c, sample, metrics));
 }
 
 HRESULT CJNIConvertor::PutExtendedMetrics(std::shared_ptr<CJavaVM> vm,
@@ -90,15 +90,17 @@ std::shared_ptr<CJavaObject> CJNIConvertor::GetRemoteApp(std::shared_ptr<CJavaVM
                                                          const WString& id) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::GetRemoteApp(c, id);
+  return convert::Pinned(convert::GetRemoteApp(c, id));
 }
 
 std::shared_ptr<CJavaString> CJNIConvertor::GetJavaString(std::shared_ptr<CJavaVM> vm,
                                                           const WString& text,
                                                           bool hideText) const {
   if (!vm) return nullptr;
-  return convert::GetJavaString(log_, *vm, text,
-                                hideText ? convert::TextInLog::Hidden : convert::TextInLog::Shown);
+  convert::LocalString string = convert::GetJavaString(
+      log_, *vm, text, hideText ? convert::TextInLog::Hidden : convert::TextInLog::Shown);
+  if (!string) return nullptr;
+  return std::make_shared<CJavaString>(std::move(*string));
 }
 
 ULONGLONG CJNIConvertor::ToJavaTime(DATE date) { return convert::ToJavaTime(date); }

@@ -6,11 +6,11 @@
 namespace tarnix::convert {
 namespace {
 
-std::shared_ptr<CJavaObject> NewMetric(Conversion& c, WStringView name) {
+LocalObject NewMetric(Conversion& c, WStringView name) {
   const CJavaClass* metricClass = c.Class(DataClass::Metric);
-  if (!metricClass) return nullptr;
-  std::shared_ptr<CJavaString> javaName = c.String(name);
-  if (!javaName) return nullptr;
+  if (!metricClass) return std::nullopt;
+  LocalString javaName = c.String(name);
+  if (!javaName) return std::nullopt;
   return c.Construct(*metricClass, "ctor(name)",
                      WSTR("Failed to create a new Java metric object.  %s"), *javaName);
 }
@@ -31,7 +31,7 @@ bool PutValue(Conversion& c, const CJavaObject& metric, const VARIANT& value) {
     case VT_R8: metric.CallVoidMethod("putDoubleValue", static_cast<jdouble>(value.dblVal)); return true;
     case VT_BSTR:
       // A text that cannot be made has been logged; the metric goes without a value.
-      if (std::shared_ptr<CJavaString> text = c.String(View(value.bstrVal))) {
+      if (LocalString text = c.String(View(value.bstrVal))) {
         metric.CallVoidMethod("putStringValue", *text);
       }
       return true;
@@ -42,16 +42,16 @@ bool PutValue(Conversion& c, const CJavaObject& metric, const VARIANT& value) {
 
 }  // namespace
 
-std::shared_ptr<CJavaObject> GetMetric(Conversion& c, WStringView name, const VARIANT& value) {
-  std::shared_ptr<CJavaObject> metric = NewMetric(c, name);
-  if (!metric) return nullptr;
+LocalObject GetMetric(Conversion& c, WStringView name, const VARIANT& value) {
+  LocalObject metric = NewMetric(c, name);
+  if (!metric) return std::nullopt;
   if (!PutValue(c, *metric, value)) {
     c.Log().Error(WSTR("Invalid type for metric '%s'."), WString(name));
-    return nullptr;
+    return std::nullopt;
   }
   if (std::optional<WString> failure = c.TakeException()) {
     c.Log().Error(WSTR("Failed to set the value for metric '%s'.  %s"), WString(name), *failure);
-    return nullptr;
+    return std::nullopt;
   }
   return metric;
 }
@@ -70,7 +70,7 @@ bool PutMetrics(Conversion& c, const CJavaObject& target, IHostSample* source) {
   ScopedVariant value;
   while (metrics && metrics->Next(name.Receive(), value.Receive()) == S_OK) {
     delivered = true;
-    std::shared_ptr<CJavaObject> metric = GetMetric(c, View(name.Get()), value.Get());
+    LocalObject metric = GetMetric(c, View(name.Get()), value.Get());
     if (!metric) continue;
     if (std::optional<WString> failure = c.Call(target, "putMetric", *metric)) {
       const WString label = c.TimeLabelOf(source);
@@ -81,14 +81,14 @@ bool PutMetrics(Conversion& c, const CJavaObject& target, IHostSample* source) {
   return delivered;
 }
 
-std::shared_ptr<CJavaObject> GetMetricWithInstances(Conversion& c, WStringView name,
+LocalObject GetMetricWithInstances(Conversion& c, WStringView name,
                                                     IHostEnumerator* instances) {
-  std::shared_ptr<CJavaObject> metric = NewMetric(c, name);
-  if (!metric) return nullptr;
+  LocalObject metric = NewMetric(c, name);
+  if (!metric) return std::nullopt;
   ScopedBstr instanceName;
   ScopedVariant value;
   while (instances && instances->Next(instanceName.Receive(), value.Receive()) == S_OK) {
-    std::shared_ptr<CJavaObject> instance = GetMetric(c, View(instanceName.Get()), value.Get());
+    LocalObject instance = GetMetric(c, View(instanceName.Get()), value.Get());
     if (!instance) continue;
     if (std::optional<WString> failure = c.Call(*metric, "addInstance", *instance)) {
       c.Log().Error(WSTR("Failed to add instance '%s' to metric '%s'.  %s"), instanceName.Text(),

@@ -5,14 +5,14 @@
 
 namespace tarnix::convert {
 
-std::shared_ptr<CJavaObject> GetRemoteApp(Conversion& c, WStringView id) {
+LocalObject GetRemoteApp(Conversion& c, WStringView id) {
   const CJavaClass* appClass = c.Class(DataClass::RemoteApp);
-  if (!appClass) return nullptr;
+  if (!appClass) return std::nullopt;
   // No line of its own for the id's string; its exception is not left behind either.
-  std::shared_ptr<CJavaString> javaId = c.Vm().NewString(id);
+  LocalString javaId = c.Vm().NewLocalString(id);
   if (!javaId) {
     c.TakeException();
-    return nullptr;
+    return std::nullopt;
   }
   return c.Construct(*appClass, "ctor(id)",
                      WSTR("Failed to create a new Java remote app object.  %s"), *javaId);
@@ -35,7 +35,7 @@ void PutRemoteApps(Conversion& c, const CJavaObject& target, IHostSample* instan
   ScopedBstr id;
   ComPtr<IHostSample> app;
   while (apps && apps->Next(id.Receive(), app.Receive()) == S_OK) {
-    std::shared_ptr<CJavaObject> javaApp = GetRemoteApp(c, View(id.Get()));
+    LocalObject javaApp = GetRemoteApp(c, View(id.Get()));
     if (!javaApp) continue;
     // An application that delivered no metrics is not worth a message to the server.
     if (!PutMetrics(c, *javaApp, app.Get())) continue;

@@ -28,7 +28,7 @@ void AddInstance(SampleInProgress& s, BSTR key, IHostSample* instance) {
   const LONG id = key ? StrToIntW(key) : 0;
   ComPtr<IHostUserSession> hostSession;
   if (!s.sessions || FAILED(s.sessions->GetSession(id, hostSession.Receive()))) return;
-  std::shared_ptr<CJavaObject> javaSession = GetUserSession(s.c, std::move(hostSession));
+  LocalObject javaSession = GetUserSession(s.c, std::move(hostSession));
   if (!javaSession) return;
   PutMetrics(s.c, *javaSession, instance);
   if (instance) PutRemoteApps(s.c, *javaSession, instance);
@@ -44,20 +44,20 @@ void AddInstance(SampleInProgress& s, BSTR key, IHostSample* instance) {
 
 }  // namespace
 
-std::shared_ptr<CJavaObject> GetSample(Conversion& c, IHostSample* sample,
+LocalObject GetSample(Conversion& c, IHostSample* sample,
                                        IHostSessionSource* sessions) {
   const CJavaClass* sampleClass = c.Class(DataClass::Sample);
-  if (!sampleClass || !sample) return nullptr;
+  if (!sampleClass || !sample) return std::nullopt;
   DATE time = 0;
   HRESULT hr = sample->get_time(&time);
   if (FAILED(hr)) {
     c.Log().ErrorWithCode(WSTR("Failed to get time from sample"), hr);
-    return nullptr;
+    return std::nullopt;
   }
-  std::shared_ptr<CJavaObject> javaSample =
+  LocalObject javaSample =
       c.Construct(*sampleClass, "ctor(time)", WSTR("Failed to create a new Java sample object.  %s"),
                   ToJavaMillis(time));
-  if (!javaSample) return nullptr;
+  if (!javaSample) return std::nullopt;
   PutMetrics(c, *javaSample, sample);
 
   ComPtr<IHostSampleEnumerator> instances;
@@ -65,7 +65,7 @@ std::shared_ptr<CJavaObject> GetSample(Conversion& c, IHostSample* sample,
   if (FAILED(hr)) {
     // A sample without its sessions would tell the server they all ended.
     c.Log().ErrorWithCode(WSTR("Failed to get instances from sample"), hr);
-    return nullptr;
+    return std::nullopt;
   }
   SampleInProgress progress{c, *javaSample, sessions, time, std::nullopt};
   ScopedBstr key;

@@ -10,9 +10,9 @@ using TextRead = HRESULT (STDMETHODCALLTYPE IHostUserSession::*)(BSTR*);
 
 // One identity text of the session as a Java string; empty when the host cannot give it
 // (no line: the host's failures here are routine) or the string cannot be made.
-std::shared_ptr<CJavaString> ReadText(Conversion& c, IHostUserSession& session, TextRead read) {
+LocalString ReadText(Conversion& c, IHostUserSession& session, TextRead read) {
   ScopedBstr text;
-  if (FAILED((session.*read)(text.Receive()))) return nullptr;
+  if (FAILED((session.*read)(text.Receive()))) return std::nullopt;
   return c.String(View(text.Get()));
 }
 
@@ -24,10 +24,10 @@ WString UserLabel(IHostUserSession& session) {
 
 void PutProperty(Conversion& c, const CJavaObject& javaSession, IHostUserSession& session,
                  BSTR name, ScopedVariant& value) {
-  std::shared_ptr<CJavaString> javaName = c.String(View(name));
+  LocalString javaName = c.String(View(name));
   // Every property goes as text; one the host cannot turn into text goes as "".
   const bool isText = SUCCEEDED(value.ChangeType(VT_BSTR));
-  std::shared_ptr<CJavaString> javaValue =
+  LocalString javaValue =
       c.String(isText ? View(value.Get().bstrVal) : WStringView());
   if (!javaName || !javaValue) return;
   if (std::optional<WString> failure = c.Call(javaSession, "putProperty", *javaName, *javaValue)) {
@@ -62,28 +62,28 @@ void PutProperties(Conversion& c, const CJavaObject& javaSession, IHostUserSessi
 
 }  // namespace
 
-std::shared_ptr<CJavaObject> GetUserSession(Conversion& c, ComPtr<IHostUserSession> session) {
+LocalObject GetUserSession(Conversion& c, ComPtr<IHostUserSession> session) {
   const CJavaClass* sessionClass = c.Class(DataClass::UserSession);
-  if (!sessionClass || !session) return nullptr;
+  if (!sessionClass || !session) return std::nullopt;
   IHostUserSession& host = *session.Get();
   LONG id = 0;
-  if (FAILED(host.get_id(&id))) return nullptr;
-  std::shared_ptr<CJavaString> sid = ReadText(c, host, &IHostUserSession::get_sid);
-  if (!sid) return nullptr;
-  std::shared_ptr<CJavaString> user = ReadText(c, host, &IHostUserSession::get_user);
-  if (!user) return nullptr;
-  std::shared_ptr<CJavaString> domain = ReadText(c, host, &IHostUserSession::get_domain);
-  if (!domain) return nullptr;
+  if (FAILED(host.get_id(&id))) return std::nullopt;
+  LocalString sid = ReadText(c, host, &IHostUserSession::get_sid);
+  if (!sid) return std::nullopt;
+  LocalString user = ReadText(c, host, &IHostUserSession::get_user);
+  if (!user) return std::nullopt;
+  LocalString domain = ReadText(c, host, &IHostUserSession::get_domain);
+  if (!domain) return std::nullopt;
   VARIANT_BOOL connected = VARIANT_FALSE;
-  if (FAILED(host.get_connected(&connected))) return nullptr;
+  if (FAILED(host.get_connected(&connected))) return std::nullopt;
 
   // Only the host's 1 means connected; its VARIANT_TRUE (-1) has always been sent as not
   // connected, and the server's session states are built on that.
-  std::shared_ptr<CJavaObject> javaSession = c.Construct(
+  LocalObject javaSession = c.Construct(
       *sessionClass, "ctor(id,sid,user,domain,connected)",
       WSTR("Failed to create a new Java user session object.  %s"), static_cast<jint>(id), *sid,
       *user, *domain, connected == 1);
-  if (!javaSession) return nullptr;
+  if (!javaSession) return std::nullopt;
   PutProperties(c, *javaSession, host);
   return javaSession;
 }

@@ -11,11 +11,11 @@ namespace {
 constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
 constexpr jlong kHeldMapTag = 0x7A9;
 
-// Makes the next put on the one HashMap held by a JNI global reference (the converter's
+// Makes the next put on the one HashMap held by a JNI local reference (the converter's
 // map, between its construction and its first put) throw from inside HashMap.put: its
 // bucket table becomes an array of a narrower element type, so storing the new entry
 // raises ArrayStoreException. java.util.HashMap offers no other way to fail a put.
-void BreakGloballyHeldMap(CJavaVM& vm) {
+void BreakLocallyHeldMap(CJavaVM& vm) {
   jvmtiEnv* ti = nullptr;
   ASSERT_EQ(vm.GetJavaVM()->GetEnv(reinterpret_cast<void**>(&ti), JVMTI_VERSION_1_2), JNI_OK);
   jvmtiCapabilities capabilities{};
@@ -27,7 +27,7 @@ void BreakGloballyHeldMap(CJavaVM& vm) {
   callbacks.heap_reference_callback = [](jvmtiHeapReferenceKind kind,
                                          const jvmtiHeapReferenceInfo*, jlong, jlong, jlong,
                                          jlong* tag, jlong*, jint, void*) -> jint {
-    if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) *tag = kHeldMapTag;
+    if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL) *tag = kHeldMapTag;
     return 0;  // the roots are all that matter
   };
   ASSERT_EQ(ti->FollowReferences(0, mapClass.Get(), nullptr, &callbacks, nullptr),
@@ -35,7 +35,7 @@ void BreakGloballyHeldMap(CJavaVM& vm) {
   jint count = 0;
   jobject* maps = nullptr;
   ASSERT_EQ(ti->GetObjectsWithTags(1, &kHeldMapTag, &count, &maps, nullptr), JVMTI_ERROR_NONE);
-  ASSERT_EQ(count, 1) << "the converter's map is not the only globally held HashMap";
+  ASSERT_EQ(count, 1) << "the converter's map is not the only locally held HashMap";
   LocalRef<jobject> map(env, maps[0]);
   ti->Deallocate(reinterpret_cast<unsigned char*>(maps));
   ti->SetTag(map.Get(), 0);
@@ -85,7 +85,7 @@ TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
   auto items = MakeFake<FakeEnumerator>();
   items->Add(WSTR("a"), Text(WSTR("1"))).Add(WSTR("b"), Text(WSTR("2")));
   items->OnNext([this](int earlierCalls) {
-    if (earlierCalls == 0) BreakGloballyHeldMap(Vm());
+    if (earlierCalls == 0) BreakLocallyHeldMap(Vm());
   });
   auto attributes = MakeFake<WalkedAttributes>(ComPtr<IHostEnumerator>(items.Get()));
 
