@@ -25,18 +25,22 @@ function(tarnix_add_test name)
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 120
     ${properties})
-  tarnix_discovered_test_properties(${name} LABELS ${T_LABELS})
+  set(environment)
+  if(TARNIX_SANITIZER_ENVIRONMENT)  # cmake/Sanitizers.cmake
+    set(environment ENVIRONMENT_MODIFICATION "${TARNIX_SANITIZER_ENVIRONMENT}")
+  endif()
+  tarnix_discovered_test_properties(${name} LABELS ${T_LABELS} ${environment})
 endfunction()
 
 # tarnix_discovered_test_properties(<target> [LABELS <label>...]
-#                                   [ENVIRONMENT_MODIFICATION <value>]
+#                                   [ENVIRONMENT_MODIFICATION <value>...]
 #                                   [FAIL_REGULAR_EXPRESSION <value>])
 # Sets properties on every test gtest_discover_tests finds in <target>. Passed through
 # gtest_discover_tests, a list value (several labels) is flattened into separate
 # arguments; this applies them after discovery instead, to the test names that discovery
 # leaves in <target>_TESTS.
 function(tarnix_discovered_test_properties target)
-  cmake_parse_arguments(P "" "ENVIRONMENT_MODIFICATION;FAIL_REGULAR_EXPRESSION" "LABELS" ${ARGN})
+  cmake_parse_arguments(P "" "FAIL_REGULAR_EXPRESSION" "LABELS;ENVIRONMENT_MODIFICATION" ${ARGN})
   set(script "if(DEFINED ${target}_TESTS)\n  set_tests_properties(\${${target}_TESTS} PROPERTIES")
   foreach(property LABELS ENVIRONMENT_MODIFICATION FAIL_REGULAR_EXPRESSION)
     if(DEFINED P_${property})
@@ -65,8 +69,10 @@ function(tarnix_add_jvm_test name)
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 120)
+  set(environment "JAVA_TOOL_OPTIONS=string_append: -XX:ErrorFile=${CMAKE_BINARY_DIR}/hs_err_%p.log")
+  list(APPEND environment ${TARNIX_SANITIZER_JVM_ENVIRONMENT})  # cmake/Sanitizers.cmake
   tarnix_discovered_test_properties(${name}
     LABELS jvm ${T_LABELS}
-    ENVIRONMENT_MODIFICATION "JAVA_TOOL_OPTIONS=string_append: -XX:ErrorFile=${CMAKE_BINARY_DIR}/hs_err_%p.log"
+    ENVIRONMENT_MODIFICATION "${environment}"
     FAIL_REGULAR_EXPRESSION "WARNING in native method|FATAL ERROR in native method|WARNING: JNI local refs")
 endfunction()
