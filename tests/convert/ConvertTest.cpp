@@ -6,8 +6,6 @@
 namespace tarnix::testing {
 
 void ConvertTest::SetUp() {
-  Logger().ForbidText(kAuthToken);
-  Logger().ForbidText(kUniqueId);
   vm_ = CreateTestMachine();
   ASSERT_TRUE(vm_);
   for (const classes::ClassTableRow& row : classes::kClassTable) {

@@ -8,6 +8,7 @@
 #include "convert/JNIConvertor.h"
 #include "fixtures/FakeDataObjects.h"
 #include "fixtures/HostTest.h"
+#include "fixtures/Secrets.h"
 
 #include <gtest/gtest.h>
 
@@ -16,10 +17,6 @@
 #include <vector>
 
 namespace tarnix::testing {
-
-// The identity secrets every test forbids in the log.
-inline const WCHAR kAuthToken[] = WSTR("token-5f3a9c");
-inline const WCHAR kUniqueId[] = WSTR("unique-77e1");
 
 // OLE dates used throughout: 2000-01-01 00:00:00 and 1970-01-01 00:00:00.
 inline constexpr DATE kYear2000 = 36526.0;

@@ -1,0 +1,467 @@
+// Every host call a DumpData of each type makes, failed once in turn: each failure ends in
+// the result and the log line the component promises for it, and leaves the host's
+// references, the Java thread and the JVM's global references as they were.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <thread>
+
+#include "JvmHost.h"
+#include "JvmProbe.h"
+#include "JvmTestSupport.h"
+#include "fixtures/FakeCallbacks.h"
+#include "fixtures/FakeDataObjects.h"
+#include "fixtures/FaultPlan.h"
+#include "fixtures/Secrets.h"
+#include "manager/CommManagerImpl.h"
+#include "tarnix/DataType.h"
+
+namespace tarnix::testing {
+namespace {
+
+// A host failure code that no step of the component produces itself.
+const HRESULT kHostFault = static_cast<HRESULT>(0x80070015);
+const std::string kHostSuffix = "  Error code 0x80070015";
+const std::string kJoinedHostSuffix = "Error code 0x80070015";
+
+// ---- The host's data for each type, made anew for every call.
+
+ComPtr<FakeUserSession> Session(LONG id) {
+  auto session = MakeFake<FakeUserSession>(id, W("S-1-5-21-" + std::to_string(id)),
+                                           W("user" + std::to_string(id)), W("CORP"));
+  session->Properties().Add(W("clientName"), Text(W("THIN-07"))).Add(W("port"), I4(4172));
+  return session;
+}
+
+// One session's part of a sample: its metrics and one published application.
+ComPtr<FakeSample> Instance() {
+  auto app = MakeFake<FakeSample>();
+  app->AddMetric(W("cpuPercent"), R8(1.5));
+  auto instance = MakeFake<FakeSample>();
+  instance->AddMetric(W("latencyMs"), I4(21))
+      .AddToCollection(W("remoteApps"), W("word.exe"), app.Get());
+  return instance;
+}
+
+ComPtr<IUnknown> NoData() { return nullptr; }
+ComPtr<IUnknown> SessionData() { return AsUnknown(Session(1)); }
+
+ComPtr<IUnknown> SampleData() {
+  auto sample = MakeFake<FakeSample>();
+  sample->AddMetric(W("cpuPercent"), R8(23.5)).AddMetric(W("queue"), UI8(2));
+  sample->AddInstance(W("1"), Instance().Get()).AddInstance(W("2"), Instance().Get());
+  return AsUnknown(sample);
+}
+
+ComPtr<IUnknown> LogoffData() {
+  return AsUnknown(MakeFake<FakeCombined>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(Session(2)), AsUnknown(Instance())}));
+}
+
+ComPtr<IUnknown> ExtendedData() {
+  auto attributes = MakeFake<FakeNamedValues>();
+  attributes->SetText(W("source"), W("gpu-monitor"));
+  auto instances = MakeFake<FakeEnumerator>();
+  instances->Add(W("GPU0"), R8(37.5));
+  auto metrics = MakeFake<FakeEnumerator>();
+  metrics->Add(W("gpuUtilization"), Object(instances.Get())).Add(W("encoders"), Object(nullptr));
+  auto item = MakeFake<FakeCombined>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(attributes), AsUnknown(metrics)});
+  auto values = MakeFake<FakeNamedValues>();
+  values->SetValue(W("meta-data"), Object(item.Get()).Get());
+  values->SetValue(W("metrics"), Object(item.Get()).Get());
+  return AsUnknown(MakeFake<FakeCombined>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeFake<FakeSample>())}));
+}
+
+ComPtr<IUnknown> TraceRouteData() {
+  auto metadata = MakeFake<FakeNamedValues>();
+  metadata->SetText(W("target"), W("msgserver.corp.example"));
+  auto values = MakeFake<FakeNamedValues>();
+  values->SetValue(W("metadata"), Object(metadata.Get()).Get());
+  values->SetValue(W("route"), Text(W("1  10.20.30.1  0.412 ms")).Get());
+  return AsUnknown(values);
+}
+
+struct Kind {
+  unsigned char type;
+  const char* name;
+  ComPtr<IUnknown> (*data)();
+};
+
+const Kind kKinds[] = {
+    {eStartup, "Startup", NoData},
+    {eDesktopPoll, "DesktopPoll", NoData},
+    {eSample, "Sample", SampleData},
+    {eExtendedData, "ExtendedData", ExtendedData},
+    {eTraceRoute, "TraceRoute", TraceRouteData},
+    {eUserSessionLogon, "Logon", SessionData},
+    {eUserSessionRefresh, "Refresh", SessionData},
+    {eUserSessionReconnect, "Reconnect", SessionData},
+    {eUserSessionDisconnect, "Disconnect", SessionData},
+    {eUserSessionLogoff, "Logoff", LogoffData},
+    {eUserSessionStart, "Start", SessionData},
+    {eUserSessionEnd, "End", SessionData},
+};
+
+// ---- What a failing host call does, as the component promises it.
+
+enum class Outcome { AsClean, HostCode, Fail, InvalidArgument };
+
+struct Expected {
+  Outcome outcome = Outcome::AsClean;
+  std::string line;  // the start of a line that must be logged; empty when none is
+};
+
+bool IsSessionEvent(unsigned char type) { return type <= eUserSessionEnd; }
+
+// The types whose answer from the message server reaches the host and decides the result.
+bool AnswerIsHandled(unsigned char type) {
+  return type == eStartup || type == eUserSessionLogon || type == eSample ||
+         type == eExtendedData || type == eDesktopPoll;
+}
+
+// What the host system service made by the call at `index` was asked for next.
+bool ServiceIsForActions(const std::vector<std::string>& calls, size_t index) {
+  for (size_t i = index + 1; i < calls.size(); ++i) {
+    if (calls[i].find("IHostActionExecutor") != std::string::npos) return true;
+    if (calls[i].find("IHostSessionSource") != std::string::npos) return false;
+  }
+  return false;
+}
+
+Expected Identity(const std::string& call, unsigned char type) {
+  if (call == "ISystemInfo::Refresh") {
+    return {Outcome::AsClean,
+            "Failed to refresh system info in function long __cdecl "
+            "CRMICommManagerImpl::DumpData<struct IUnknown>(const wchar_t *,const wchar_t *,const "
+            "wchar_t *,unsigned __int64,unsigned char,struct IUnknown *)" +
+                kHostSuffix};
+  }
+  if (call == "ISystemInfo::get_machineId") {
+    return {Outcome::HostCode, "Failed to get machine id" + kHostSuffix};
+  }
+  if (call == "ISystemInfo::get_virtualMachineId") {
+    return {Outcome::HostCode, "Failed to get virtual machine id" + kHostSuffix};
+  }
+  if (call == "ISystemInfo::get_uniqueId") {
+    return {Outcome::HostCode, "Failed to get machine unique id" + kHostSuffix};
+  }
+  // Logged and passed over, but the call answers its code when no answer decides it.
+  return {AnswerIsHandled(type) ? Outcome::AsClean : Outcome::HostCode,
+          "Failed to get_componentsIdentities" + kHostSuffix};
+}
+
+Expected Sample(const std::string& call, unsigned char type) {
+  if (call == "IHostSample::get_time") {
+    return {Outcome::Fail, "Failed to get time from sample" + kHostSuffix};
+  }
+  if (call == "IHostSample::get_instances") {
+    return {Outcome::Fail, "Failed to get instances from sample" + kHostSuffix};
+  }
+  if (call == "IHostSample::get_metrics") {
+    return {Outcome::AsClean, "Failed to get metrics from sample" + kHostSuffix};
+  }
+  if (call == "IHostSample::get_collection") {
+    return {Outcome::AsClean, "Failed to get instances from sample" + kHostSuffix};
+  }
+  // QueryInterface(IHostSample): a logoff goes without its last sample.
+  if (type == eUserSessionLogoff)
+    return {Outcome::AsClean, "Failed to retrieve the sample at log off."};
+  return {Outcome::Fail, ""};
+}
+
+Expected UserSession(const std::string& call, unsigned char type) {
+  if (call == "IHostUserSession::get_propertyBox") {
+    return {Outcome::AsClean, "Failed to get property box" + kJoinedHostSuffix};
+  }
+  if (call == "IHostPropertyBox::get_enumerator") {
+    return {Outcome::AsClean, "Failed to get enumerator from property box" + kJoinedHostSuffix};
+  }
+  // The session itself (or its identity) is missing: a sample leaves that instance out,
+  // a session event has nothing to send.
+  return {IsSessionEvent(type) ? Outcome::Fail : Outcome::AsClean, ""};
+}
+
+Expected NamedValues(const std::string& call, int occurrence, unsigned char type) {
+  if (call == "IHostNamedValues::get_Item(Verdant)") return {};
+  if (call == "IHostNamedValues::get_Item(meta-data)" ||
+      call == "IHostNamedValues::get_Item(metrics)") {
+    return {Outcome::HostCode, ""};
+  }
+  if (call == "IHostNamedValues::get_Item(metadata)") {
+    return {Outcome::HostCode,
+            "Failed to handle metadata property for traceroute msg" + kHostSuffix};
+  }
+  if (call == "IHostNamedValues::get_Item(route)") {
+    return {Outcome::HostCode, "Failed to handle route property for traceroute msg" + kHostSuffix};
+  }
+  // The data itself (first query) or the attributes of its item.
+  const bool attributes = call == "IHostNamedValues::get_Enumerator" || occurrence > 0;
+  return {Outcome::Fail,
+          type == eTraceRoute && attributes ? "Failed to GetMetadata for traceroute msg" : ""};
+}
+
+Expected ExpectedFor(const std::string& call, int occurrence, unsigned char type,
+                     const std::vector<std::string>& calls, size_t index) {
+  const auto starts = [&](const char* prefix) { return call.rfind(prefix, 0) == 0; };
+  if (call == "ISystemInfo::Refresh" || call == "ISystemInfo::get_machineId" ||
+      call == "ISystemInfo::get_virtualMachineId" || call == "ISystemInfo::get_uniqueId" ||
+      call == "ISystemInfo::get_componentsIdentities") {
+    return Identity(call, type);
+  }
+  if (call == "ISystemInfo::get_networkInterfaces") {
+    return {Outcome::InvalidArgument,
+            "Failed to get_networkInterfaces in function class std::shared_ptr<class CJavaObject> "
+            "__cdecl CJNIConvertor::GetDesktop(class std::shared_ptr<class CJavaVM>,struct "
+            "ISystemInfo *)" +
+                kHostSuffix};
+  }
+  // Values whose failure leaves a default: the machine's name, its domain name, memory
+  // and kind, a session the source does not know, the end of an enumeration, an answer
+  // the host's callback did not take.
+  if (starts("ISystemInfo::") || call == "IHostSessionSource::GetSession" ||
+      call == "IHostEnumerator::Next" || call == "IHostSampleEnumerator::Next" ||
+      call == "IDataDumpCallback::OnDataDumped") {
+    return {};
+  }
+  if (starts("IHostSample::") || call == "QueryInterface(IHostSample)") return Sample(call, type);
+  if (starts("IHostUserSession::") || starts("IHostPropertyBox::") ||
+      call == "QueryInterface(IHostUserSession)") {
+    return UserSession(call, type);
+  }
+  if (starts("IHostNamedValues::") || call == "QueryInterface(IHostNamedValues)") {
+    return NamedValues(call, occurrence, type);
+  }
+  // An extended-data item that is no enumerator: the sample goes without its metrics.
+  if (call == "QueryInterface(IHostEnumerator)") {
+    return {Outcome::AsClean, occurrence == 0 ? "Failed to get extended metrics." : ""};
+  }
+  // The system service: without it there is no session source (the sample goes without
+  // sessions) and no action executor; a service that will not answer a query directly
+  // still gives the interface through GetService.
+  if (call == "IClassFactory::CreateInstance" || call == "QueryInterface(IClassFactory)") {
+    if (!ServiceIsForActions(calls, index)) return {};
+    return {Outcome::HostCode, "Failed to get action executor" + kJoinedHostSuffix};
+  }
+  if (call == "QueryInterface(IHostSessionSource)" ||
+      call == "QueryInterface(IHostActionExecutor)") {
+    return {};
+  }
+  if (call == "IHostActionExecutor::ExecuteAction") {
+    return {Outcome::HostCode, "Failed to execute action" + kJoinedHostSuffix};
+  }
+  ADD_FAILURE() << "nothing says what a failing " << call << " does";
+  return {};
+}
+
+// ---- The walk.
+
+struct DumpRun {
+  HRESULT result = S_OK;
+  std::vector<std::string> calls;
+  std::string failed;
+};
+
+class FaultInjection : public JvmHostTest, public ::testing::WithParamInterface<Kind> {
+ protected:
+  FaultInjection() {
+    WriteSettings({});
+    SystemInfo().SetMachineId(W("machine-1"));
+    SystemInfo().SetVirtualMachineId(W("vm-7"));
+    SystemInfo().SetUniqueId(W("unique-3"));
+    SystemInfo().SetMachineName(W("DESK-01"));
+    SystemInfo().SetFQDN(W("desk-01.corp.example"));
+    SystemInfo().SetNetworkInterfaces([] {
+      return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"),
+                                W("255.255.255.0"), W("10.0.0.0"), 1000}});
+    });
+    identities_->SetText(W("Verdant"), W("verdant-42"));
+    SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities_.Get()));
+    sessions_->Add(Session(1)).Add(Session(2));
+    Service().Offer(IID_IHostSessionSource, sessions_, ServiceRoute::Both);
+    Service().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::Both);
+  }
+
+  void SetUp() override {
+    ASSERT_EQ(manager_->Initialize(), S_OK) << Logger().Dump();
+    manager_->Register(WSTR("url"), kAuthToken, kCertificate, callback_.Get());
+    JavaControl java(*manager_->GetJavaVM());
+    for (const char* method : {"onStartup", "onUserLogon", "onDataCollected",
+                               "onExtendedDataCollected", "onDesktopPoll", "onActionPerformed"}) {
+      java.SetAnswer(method, std::string("answer"));
+    }
+  }
+
+  void TearDown() override {
+    manager_->Unregister(WSTR("url"), kAuthToken, kCertificate, callback_.Get());
+    manager_.reset();
+    identities_.Reset();
+    sessions_.Reset();
+    executor_.Reset();
+    callback_.Reset();
+    JvmHostTest::TearDown();
+  }
+
+  // One DumpData with host call `failAt` failing (0: none), checked for what every run
+  // must leave behind.
+  DumpRun DumpFailing(int failAt) {
+    const ReferenceSnapshot held;
+    DumpRun run;
+    {
+      const ReferenceBalance made;
+      ComPtr<IUnknown> data = GetParam().data();
+      Logger().Clear();
+      {
+        const FaultPlan plan(failAt, kHostFault);
+        run.result = manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 42, GetParam().type,
+                                        data.Get());
+        run.calls = plan.Calls();
+        run.failed = plan.Failed();
+      }
+    }
+    EXPECT_EQ(held.Changes(), "") << "references of the host's lasting objects changed";
+    EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
+    manager_->GetJavaVM()->GetEnv()->ExceptionClear();
+    return run;
+  }
+
+  static long GlobalReferences() {
+    return hostsim::JniGlobalReferences(MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so");
+  }
+  // The JVM takes global references of its own for a moment now and then (while it
+  // compiles); one the component kept is still there a while later.
+  static long GlobalReferencesSettlingAt(long expected) {
+    long count = GlobalReferences();
+    for (int tries = 0; count != expected && tries < 20; ++tries) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(25));
+      count = GlobalReferences();
+    }
+    return count;
+  }
+
+  ComPtr<FakeNamedValues> identities_ = MakeFake<FakeNamedValues>();
+  ComPtr<FakeSessionSource> sessions_ = MakeFake<FakeSessionSource>();
+  ComPtr<FakeActionExecutor> executor_ = MakeFake<FakeActionExecutor>();
+  ComPtr<FakeDataDumpCallback> callback_ = MakeFake<FakeDataDumpCallback>();
+  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
+};
+
+TEST_P(FaultInjection, EveryHostCallFailingOnceEndsAsPromised) {
+  const DumpRun clean = DumpFailing(0);
+  ASSERT_EQ(clean.result, S_OK) << Logger().Dump();
+  EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
+  const long references = GlobalReferences();
+  ASSERT_GT(references, 0);
+
+  std::map<std::string, int> occurrences;
+  for (size_t index = 0; index < clean.calls.size(); ++index) {
+    const std::string& call = clean.calls[index];
+    const int occurrence = occurrences[call]++;
+    SCOPED_TRACE("host call " + std::to_string(index + 1) + " of " +
+                 std::to_string(clean.calls.size()) + ": " + call);
+    const Expected expected = ExpectedFor(call, occurrence, GetParam().type, clean.calls, index);
+    const DumpRun run = DumpFailing(static_cast<int>(index + 1));
+    ASSERT_EQ(run.failed, call) << "the calls before the failing one changed";
+
+    const HRESULT results[] = {clean.result, kHostFault, E_FAIL, static_cast<HRESULT>(0x80070057)};
+    EXPECT_EQ(static_cast<uint32_t>(run.result),
+              static_cast<uint32_t>(results[static_cast<int>(expected.outcome)]))
+        << Logger().Dump();
+    if (!expected.line.empty()) {
+      EXPECT_EQ(CountStartingWith(Logger(), expected.line), 1u) << Logger().Dump();
+    }
+    EXPECT_EQ(GlobalReferencesSettlingAt(references), references);
+  }
+  RecordProperty("host_calls", static_cast<int>(clean.calls.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryType, FaultInjection, ::testing::ValuesIn(kKinds),
+                         [](const ::testing::TestParamInfo<Kind>& info) {
+                           return std::string(info.param.name);
+                         });
+
+// ---- Each kind of failure the Java client can throw at the component.
+
+class JavaClientFailures : public JvmHostTest {
+ protected:
+  JavaClientFailures() {
+    WriteSettings({});
+    SystemInfo().SetMachineId(W("machine-1"));
+    SystemInfo().SetVirtualMachineId(W("vm-7"));
+    SystemInfo().SetUniqueId(W("unique-3"));
+  }
+  void TearDown() override {
+    manager_.reset();
+    JvmHostTest::TearDown();
+  }
+
+  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
+};
+
+TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
+  ASSERT_EQ(manager_->Initialize(), S_OK) << Logger().Dump();
+  JavaControl java(*manager_->GetJavaVM());
+  const HRESULT network = static_cast<HRESULT>(0x800713AB);
+  const struct {
+    const char* exception;
+    const char* message;
+    HRESULT result;
+  } kinds[] = {
+      // RMI's own failures, a naming failure in the RMI URL context, a certificate the
+      // server would not take: the connection is the problem.
+      {"java.rmi.ConnectException", "Connection refused to host: 127.0.0.1", network},
+      {"java.rmi.NoSuchObjectException", "no such object in table", network},
+      {"java.rmi.UnmarshalException", "error unmarshalling return", network},
+      {"java.rmi.RemoteException", "no message server at rmi://127.0.0.1:1099/MessageServer",
+       network},
+      {"javax.naming.CommunicationException", "com.sun.jndi.url.rmi.rmiURLContext: refused",
+       network},
+      {"java.security.cert.CertificateExpiredException", "NotAfter: Jan 01 2024", network},
+      // Anything else is a plain failure, whatever its message says in capitals.
+      {"java.io.IOException", "stream closed", E_FAIL},
+      {"java.lang.NullPointerException", "boom", E_FAIL},
+      {"java.lang.IllegalStateException", "JAVA.RMI.SERVER unreachable", E_FAIL},
+      {"java.lang.OutOfMemoryError", "Java heap space", E_FAIL},
+      {"java.lang.InternalError", "broken", E_FAIL},
+  };
+  auto session = Session(1);
+  for (const auto& kind : kinds) {
+    SCOPED_TRACE(kind.exception);
+    const std::string thrown = std::string(kind.exception) + ": " + kind.message;
+    java.ThrowIn("DesktopMessageClient.onStartup", kind.exception, kind.message);
+    java.ThrowIn("DesktopMessageClient.onUserDisconnect", kind.exception, kind.message);
+    Logger().Clear();
+    EXPECT_EQ(manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, eStartup, nullptr),
+              kind.result);
+    EXPECT_EQ(manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, eUserSessionDisconnect,
+                                 session.Get()),
+              kind.result);
+    EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
+    const auto errors = Lines(Logger(), LogOperation::Error);
+    ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
+    EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  " +
+                                  thrown + "\r\n\t",
+                              0),
+              0u)
+        << errors[0];
+    EXPECT_EQ(errors[1].rfind("Failed to send user event eUserSessionDisconnect for user user1 "
+                              "to the message server.  " +
+                                  thrown + "\r\n\t",
+                              0),
+              0u)
+        << errors[1];
+  }
+
+  // No answer at all is no failure.
+  java.ClearFaults();
+  java.SetAnswer("onStartup", std::nullopt);
+  Logger().Clear();
+  EXPECT_EQ(manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, eStartup, nullptr), S_OK);
+  EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
+}
+
+}  // namespace
+}  // namespace tarnix::testing
