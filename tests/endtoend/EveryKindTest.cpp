@@ -2,6 +2,7 @@
 #include "RmiHost.h"
 
 #include "HostData.h"
+#include "fixtures/Secrets.h"
 #include "manager/CommManagerImpl.h"
 #include "tarnix/DataType.h"
 
@@ -19,13 +20,6 @@ struct Delivery {
   const char* method;                  // nullptr: no call at all
   std::vector<std::string> fragments;  // each must be in the received line
 };
-
-template <class T>
-ComPtr<IUnknown> AsUnknown(const ComPtr<T>& object) {
-  IUnknown* unknown = nullptr;
-  object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown));
-  return ComPtr<IUnknown>::Attach(unknown);
-}
 
 class RmiEveryKind : public RmiHostTest {
  protected:
@@ -50,25 +44,47 @@ TEST_F(RmiEveryKind, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   const ComPtr<IUnknown> anna = AsUnknown(hostsim::MakeSession(1));
   const ComPtr<IUnknown> li = AsUnknown(hostsim::MakeSession(2));
   const std::vector<Delivery> deliveries = {
-      {eStartup, 8, nullptr, "onStartup",
-       {"<name>DESK-0042</name>", "authToken=\"auth-token\", uniqueId=\"vm-5003a1c2\""}},
-      {eUserSessionLogon, 0x8000000000000001ull, anna, "onUserLogon",
+      {eStartup,
+       8,
+       nullptr,
+       "onStartup",
+       {"<name>DESK-0042</name>",
+        "authToken=\"" + WideToUtf8(kAuthToken) + "\", uniqueId=\"vm-5003a1c2\""}},
+      {eUserSessionLogon,
+       0x8000000000000001ull,
+       anna,
+       "onUserLogon",
        {desktop, wired, wireless, ", -9223372036854775807, BaseUserSession{id=1",
         "user=\"anna.berg\"", "\"clientName\"=\"THIN-CLIENT-07\""}},
-      {eSample, 9, hostsim::MakeSample(), "onDataCollected",
+      {eSample,
+       9,
+       hostsim::MakeSample(),
+       "onDataCollected",
        {"BaseMetric{name=\"cpuPercent\", value=double 23.5}", "user=\"li.wei\"",
         "user=\"omar.haddad\"", "BaseRemoteApp{id=\"chrome.exe\"", "latencyMs"}},
-      {eExtendedData, 7, hostsim::MakeExtendedData(), "onExtendedDataCollected",
+      {eExtendedData,
+       7,
+       hostsim::MakeExtendedData(),
+       "onExtendedDataCollected",
        {"\"source\"=\"gpu-monitor\"", "BaseMetric{name=\"gpuUtilization\""}},
-      {eTraceRoute, 10, hostsim::MakeTraceRoute(), "onActionPerformed",
+      {eTraceRoute,
+       10,
+       hostsim::MakeTraceRoute(),
+       "onActionPerformed",
        {"\"target\"=\"msgserver.corp.example\"",
         "\"1  10.20.30.1  0.412 ms\n2  10.0.0.1  1.870 ms\n3  172.16.8.20  2.954 ms\")"}},
       {eDesktopPoll, 0xFFFFFFFFFFFFFFFFull, nullptr, "onDesktopPoll", {"}, -1, \"\")"}},
-      {eUserSessionRefresh, 3, li, "refreshSession",
+      {eUserSessionRefresh,
+       3,
+       li,
+       "refreshSession",
        {", 3, " + desktop, wireless, "BaseUserSession{id=2", "user=\"li.wei\""}},
       {eUserSessionDisconnect, 5, li, "onUserDisconnect", {", 5, BaseUserSession{id=2"}},
       {eUserSessionReconnect, 4, li, "onUserReconnect", {", 4, BaseUserSession{id=2"}},
-      {eUserSessionLogoff, 2, hostsim::MakeLogoff(3), "onUserLogoff",
+      {eUserSessionLogoff,
+       2,
+       hostsim::MakeLogoff(3),
+       "onUserLogoff",
        {", 2, BaseUserSession{id=3", "user=\"omar.haddad\"", "latencyMs", "WINWORD.EXE"}},
       {eUserSessionStart, 0, anna, nullptr, {}},
       {eUserSessionEnd, 6, anna, nullptr, {}},
@@ -78,7 +94,7 @@ TEST_F(RmiEveryKind, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   for (const Delivery& delivery : deliveries) {
     SCOPED_TRACE(static_cast<int>(delivery.type));
     ASSERT_TRUE(Server().ClearReceived());
-    EXPECT_GE(manager_->DumpData(Url().c_str(), WSTR("auth-token"), WSTR("cert"),
+    EXPECT_GE(manager_->DumpData(Url().c_str(), kAuthToken, kCertificate,
                                  delivery.number, delivery.type, delivery.data.Get()),
               0)
         << Logger().Dump();

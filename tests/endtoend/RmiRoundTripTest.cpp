@@ -5,11 +5,14 @@
 #include "HostData.h"
 #include "JvmProbe.h"
 #include "fixtures/FakeCallbacks.h"
+#include "fixtures/Secrets.h"
 #include "manager/CommManagerImpl.h"
 #include "tarnix/DataType.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <memory>
 
 namespace tarnix::testing {
@@ -20,7 +23,7 @@ constexpr HRESULT kNetworkUnavailable = static_cast<HRESULT>(0x800713AB);
 class RmiRoundTrip : public RmiHostTest {
  protected:
   LONG Dump(unsigned char type, ULONGLONG number = 42) {
-    return manager_->DumpData(Url().c_str(), WSTR("auth-token"), WSTR("cert"), number, type,
+    return manager_->DumpData(Url().c_str(), kAuthToken, kCertificate, number, type,
                               nullptr);
   }
   // The manager lets go of the host's objects before the host checks them.
@@ -36,7 +39,7 @@ TEST_F(RmiRoundTrip, StartupReachesTheServerAndItsAnswerReachesTheHost) {
   StartServer();
   ASSERT_TRUE(Server().SetAnswer("onStartup", "policy-text"));
   auto callback = MakeFake<FakeDataDumpCallback>();
-  manager_->Register(Url().c_str(), WSTR("auth-token"), WSTR("cert"), callback.Get());
+  manager_->Register(Url().c_str(), kAuthToken, kCertificate, callback.Get());
 
   EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
   const auto received = Server().Received();
@@ -46,9 +49,11 @@ TEST_F(RmiRoundTrip, StartupReachesTheServerAndItsAnswerReachesTheHost) {
                               0),
             0u)
       << received[0];
-  EXPECT_NE(received[0].find("DesktopConnection{id=\"machine-1\", authToken=\"auth-token\", "
-                             "uniqueId=\"vm-7\""),
-            std::string::npos)
+  EXPECT_NE(
+      received[0].find("DesktopConnection{id=\"machine-1\", authToken=\"" + WideToUtf8(kAuthToken) +
+                       "\", "
+                       "uniqueId=\"vm-7\""),
+      std::string::npos)
       << received[0];
   ASSERT_EQ(callback->Answers().size(), 1u);
   EXPECT_EQ(WideToUtf8(callback->Answers()[0].text), "policy-text");
@@ -59,7 +64,7 @@ TEST_F(RmiRoundTrip, StartupReachesTheServerAndItsAnswerReachesTheHost) {
   EXPECT_EQ(callback->Answers().size(), 1u);
   EXPECT_EQ(Server().Received().size(), 2u);
   EXPECT_TRUE(Lines(LogOperation::Error).empty()) << Logger().Dump();
-  manager_->Unregister(Url().c_str(), WSTR("auth-token"), WSTR("cert"), callback.Get());
+  manager_->Unregister(Url().c_str(), kAuthToken, kCertificate, callback.Get());
 }
 
 TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestartingTheHost) {
@@ -93,10 +98,51 @@ TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestarti
   EXPECT_TRUE(Lines(LogOperation::Error).empty()) << Logger().Dump();
 }
 
+TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
+  // The client waits this long for an answer; the JVM reads it when it starts.
+  const char* options = std::getenv("JAVA_TOOL_OPTIONS");
+  setenv("JAVA_TOOL_OPTIONS",
+         ((options ? std::string(options) + " " : std::string()) +
+          "-Dsun.rmi.transport.tcp.responseTimeout=2000")
+             .c_str(),
+         1);
+  StartServer();
+  ASSERT_TRUE(Server().SetAnswer("onStartup", "policy-text"));
+  auto callback = MakeFake<FakeDataDumpCallback>();
+  manager_->Register(Url().c_str(), kAuthToken, kCertificate, callback.Get());
+
+  // Slow, but within the client's patience: the answer still arrives.
+  ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(300)));
+  EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
+  ASSERT_EQ(callback->Answers().size(), 1u);
+  EXPECT_EQ(WideToUtf8(callback->Answers()[0].text), "policy-text");
+
+  // Slower than that: the send fails as the network does, and nothing reaches the host.
+  ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(5000)));
+  Logger().Clear();
+  EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
+  const auto errors = Lines(LogOperation::Error);
+  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  "
+                            "java.rmi.",
+                            0),
+            0u)
+      << errors[0];
+  EXPECT_NE(errors[0].find("java.net.SocketTimeoutException"), std::string::npos) << errors[0];
+  EXPECT_EQ(callback->Answers().size(), 1u);
+
+  // Back to speed, the same host goes on.
+  ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(0)));
+  EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
+  EXPECT_EQ(callback->Answers().size(), 2u);
+  EXPECT_EQ(Server().Received().size(), 3u);
+  manager_->Unregister(Url().c_str(), kAuthToken, kCertificate, callback.Get());
+}
+
 TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {
   const int port = StartServer().Port();
   const WString url = Utf8ToWide("rmi://127.0.0.1:" + std::to_string(port) + "/Elsewhere");
-  EXPECT_EQ(manager_->DumpData(url.c_str(), WSTR("auth-token"), WSTR("cert"), 1, eStartup,
+  EXPECT_EQ(manager_->DumpData(url.c_str(), kAuthToken, kCertificate, 1, eStartup,
                                nullptr),
             kNetworkUnavailable);
   const auto errors = Lines(LogOperation::Error);
@@ -117,7 +163,7 @@ TEST_F(RmiRoundTrip, ManySamplesLeaveTheJvmsGlobalReferencesFlat) {
   Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
   StartServer();
   const auto sample = [this] {
-    return manager_->DumpData(Url().c_str(), WSTR("auth-token"), WSTR("cert"), 9, eSample,
+    return manager_->DumpData(Url().c_str(), kAuthToken, kCertificate, 9, eSample,
                               hostsim::MakeSample().Get());
   };
   for (int i = 0; i < kWarmUp; ++i) ASSERT_EQ(sample(), S_OK) << Logger().Dump();

@@ -24,6 +24,7 @@ import java.rmi.server.UnicastRemoteObject;
  *   clear                 forget what arrived
  *   answer METHOD TEXT    answer TEXT to METHOD from now on
  *   noanswer METHOD       answer null to METHOD
+ *   delay MS              take MS milliseconds over every call from now on (0: none)
  *   quit                  stop (as does the end of stdin)
  * </pre>
  */
@@ -90,6 +91,14 @@ public final class Main {
         case "noanswer":
           server.setAnswer(at(command, 1), null);
           out.println("OK");
+          break;
+        case "delay":
+          try {
+            server.setDelay(Long.parseLong(at(command, 1)));
+            out.println("OK");
+          } catch (IllegalArgumentException e) {
+            out.println("ERROR not a delay: " + line);
+          }
           break;
         case "quit":
           return;

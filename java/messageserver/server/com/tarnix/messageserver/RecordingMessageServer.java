@@ -7,15 +7,22 @@ import java.util.Map;
 
 /**
  * Keeps one line per call, such as {@code onDesktopPoll(DesktopConnection{...}, 7, "")},
- * and answers the text set for the method (null unless told otherwise).
+ * and answers the text set for the method (null unless told otherwise), after the delay
+ * set (a slow server).
  */
 final class RecordingMessageServer implements MessageServer {
   private final List<String> received = new ArrayList<>();
   private final Map<String, String> answers = new HashMap<>();
+  private volatile long delayMillis;
 
   synchronized void setAnswer(String method, String text) {
     if (text == null) answers.remove(method);
     else answers.put(method, text);
+  }
+
+  void setDelay(long millis) {
+    if (millis < 0) throw new IllegalArgumentException("negative delay");
+    delayMillis = millis;
   }
 
   synchronized void clear() {
@@ -77,9 +84,23 @@ final class RecordingMessageServer implements MessageServer {
     return record("onActionPerformed", connection, metadata, quoted(route));
   }
 
-  private synchronized String record(String method, String... arguments) {
-    received.add(method + '(' + String.join(", ", arguments) + ')');
-    return answers.get(method);
+  // The call is received at once and answered after the delay, so that the server can be
+  // asked what arrived while it keeps a caller waiting.
+  private String record(String method, String... arguments) {
+    String answer;
+    synchronized (this) {
+      received.add(method + '(' + String.join(", ", arguments) + ')');
+      answer = answers.get(method);
+    }
+    long delay = delayMillis;
+    if (delay > 0) {
+      try {
+        Thread.sleep(delay);
+      } catch (InterruptedException e) {
+        Thread.currentThread().interrupt();
+      }
+    }
+    return answer;
   }
 
   // Texts are quoted as the client's summaries quote them; null stays null.
