@@ -57,21 +57,24 @@ class Input {
 };
 
 // Makes `bytes` the registry: written to this process's own hive file, which the layer
-// then loads in place of what it held. Returns the number of lines it could not read.
+// then loads in place of what it held. Returns the number of lines it could not read. The
+// file goes at once (the targets only read the registry), so that a run that ends in a
+// crash leaves none behind.
 inline size_t LoadHive(const std::string& bytes) {
   static const std::string path = [] {
     const char* folder = std::getenv("TMPDIR");
     std::string name = std::string(folder && *folder ? folder : "/tmp") + "/tarnix-fuzz-" +
                        std::to_string(getpid()) + ".reg";
     setenv(tarnix::posix::kRegistryFileVariable, name.c_str(), 1);
-    std::atexit([] { std::remove(std::getenv(tarnix::posix::kRegistryFileVariable)); });
     return name;
   }();
   {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
-  return tarnix::posix::ReloadRegistry();
+  const size_t skipped = tarnix::posix::ReloadRegistry();
+  std::remove(path.c_str());
+  return skipped;
 }
 
 [[noreturn]] inline void Fail(const char* file, int line, const char* what) {
