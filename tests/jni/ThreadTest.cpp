@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -99,6 +100,38 @@ TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
   EXPECT_EQ(wrong.load(), 0);
   EXPECT_EQ(stillAttached.load(), 0);
   EXPECT_NE(machine_->GetEnv(), nullptr);
+}
+
+
+// The objects of one call are local references: another thread gets a Java exception
+// instead of a reference into a frame not its own, and one that outlives its thread's
+// attachment goes without touching the JVM. A global copy goes anywhere.
+TEST_F(ThreadTest, LocalObjectsStayOnTheirThreadAndGlobalCopiesTravel) {
+  std::optional<CJavaObject> local = probeClass_->NewLocalObject("ctor()");
+  ASSERT_TRUE(local);
+  std::shared_ptr<CJavaObject> global = local->MakeGlobal();
+  ASSERT_TRUE(global);
+  std::thread([&] {
+    auto guard = machine_->AttachForScope();
+    auto text = machine_->NewString(WSTR("travels"));
+    WString answer;
+    EXPECT_FALSE(local->CallStringMethod("echo", text)->GetText(answer));
+    WString failure;
+    ASSERT_TRUE(machine_->GetExceptionText(failure));
+    EXPECT_EQ(Narrow(failure).rfind("java.lang.IllegalArgumentException: a local reference of "
+                                    "another thread", 0), 0u) << Narrow(failure);
+    ASSERT_TRUE(global->CallStringMethod("echo", text)->GetText(answer));
+    EXPECT_EQ(answer, WSTR("travels"));
+    global.reset();
+
+    std::optional<CJavaObject> outlived = probeClass_->NewLocalObject("ctor()");
+    ASSERT_TRUE(outlived);
+    text.reset();
+    guard.reset();
+    EXPECT_FALSE(AttachedToJvm(*machine_));
+  }).join();
+  EXPECT_TRUE(local->CallStringMethod("answerNull"));
+  EXPECT_FALSE(machine_->GetEnv()->ExceptionCheck());
 }
 
 }  // namespace
