@@ -5,6 +5,10 @@
 #include "jni/JavaVM.h"
 #include "manager/ManagerMessages.h"
 
+#if defined(__SANITIZE_ADDRESS__) && !defined(_MSC_VER)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 using tarnix::CallbackKey;
 
 namespace {
@@ -13,6 +17,17 @@ namespace {
 // begun to end, when Java's own threads have been stopped mid-way: a call into Java then
 // may never return.
 std::atomic<bool> g_processEnding{false};
+
+// Memory the component keeps on purpose until the process ends, with nothing pointing at
+// it; a sanitizer build's leak checker is told so.
+template <class T>
+void KeepUntilExit(T* object) {
+#if defined(__SANITIZE_ADDRESS__) && !defined(_MSC_VER)
+  __lsan_ignore_object(object);
+#else
+  static_cast<void>(object);
+#endif
+}
 
 // Tears the manager down when the thread that started Java ends: that thread created the
 // Java machine, and its end is the component's end as far as Java is concerned.
@@ -58,7 +73,8 @@ void CRMICommManagerImpl::AbandonJava() {
     std::shared_ptr<CJavaObject> client;
     std::shared_ptr<CJavaObject> loggerFactory;
   };
-  new JavaSide{std::move(javaVM_), std::move(messageClient_), std::move(loggerFactory_)};
+  KeepUntilExit(
+      new JavaSide{std::move(javaVM_), std::move(messageClient_), std::move(loggerFactory_)});
 }
 
 std::shared_ptr<CJavaVM> CRMICommManagerImpl::GetJavaVM() const {
