@@ -70,8 +70,13 @@ CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
 CJavaObject::~CJavaObject() { ForgetIfDetached(); }
 
 void CJavaObject::ForgetIfDetached() {
-  // A detach has already dropped the thread's frame and this reference with it.
-  if (local_ && machine_->GetEnv() != local_.Env()) local_.Release();
+  if (!local_) return;
+  // The environment answers for the thread: one the machine still knows for this thread
+  // is the one the reference was made in. A detach has already dropped the thread's
+  // frame and the reference with it.
+  JNIEnv* env = local_.Env();
+  jobject ref = local_.Release();
+  if (machine_->GetEnv() == env) env->DeleteLocalRef(ref);
 }
 
 std::shared_ptr<CJavaObject> CJavaObject::MakeGlobal() const {

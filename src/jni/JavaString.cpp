@@ -20,8 +20,13 @@ CJavaString& CJavaString::operator=(CJavaString&& other) noexcept {
 }
 
 void CJavaString::ForgetIfDetached() {
-  // A detach has already dropped the thread's frame and this reference with it.
-  if (string_ && machine_->GetEnv() != string_.Env()) string_.Release();
+  if (!string_) return;
+  // The environment answers for the thread: one the machine still knows for this thread
+  // is the one the reference was made in. A detach has already dropped the thread's
+  // frame and the reference with it.
+  JNIEnv* env = string_.Env();
+  jstring ref = string_.Release();
+  if (machine_->GetEnv() == env) env->DeleteLocalRef(ref);
 }
 
 bool CJavaString::GetText(WString& out) const {
