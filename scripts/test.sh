@@ -29,6 +29,17 @@ if [ -f build/linux/CTestTestfile.cmake ] && grep -rq 'jvm' build/linux/tests 2>
   JAVA_TOOL_OPTIONS="-Xcheck:jni" run_ctest linux-xcheck-jni build/linux -L jvm
 fi
 
+# Every native suite again with AddressSanitizer and UndefinedBehaviorSanitizer
+# (cmake/Sanitizers.cmake); TARNIX_SANITIZERS=0 leaves the stage out.
+if [ "${TARNIX_SANITIZERS:-1}" != 0 ]; then
+  echo "== Linux build with sanitizers"
+  if cmake --preset linux-asan >/dev/null && cmake --build --preset linux-asan; then
+    run_ctest linux-asan build/linux-asan
+  else
+    echo "== linux-asan: build failed"; failed=$((failed + 1))
+  fi
+fi
+
 echo "== Windows build (under Wine)"
 cmake --preset windows >/dev/null && cmake --build --preset windows || { echo "$passed passed, $((failed + 1)) failed"; exit 1; }
 source scripts/wine-env.sh

@@ -363,7 +363,7 @@ TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo
   EXPECT_EQ(progress.load(), long(calls) * kHostThreads);
   EXPECT_GT(churnRounds, 0);
   EXPECT_EQ(manager_->GetState(), eStateInitialized);
-  EXPECT_TRUE(executor_->Actions().size() > 0);
+  EXPECT_FALSE(executor_->Actions().empty());
 
   // Nothing the calls made is still held by Java.
   EXPECT_EQ(hostsim::JniGlobalReferences(kRuntimeLibrary), referencesBefore);
