@@ -49,14 +49,14 @@ convert = medians("convert.json")
 dump = medians("dumpdata.json")
 names = {0: "eUserSessionStart", 1: "eUserSessionLogon", 2: "eUserSessionLogoff",
          3: "eUserSessionRefresh", 4: "eUserSessionReconnect", 5: "eUserSessionDisconnect",
-         6: "eUserSessionEnd", 7: "eExtendedData", 8: "eStartup", 9: "eSample (3 sessions)",
+         6: "eUserSessionEnd", 7: "eExtendedData", 8: "eStartup", 9: "eSample",
          10: "eTraceRoute", 255: "eDesktopPoll"}
+per_type = sorted((int(m.group(1)), us) for m, us in
+                  ((re.match(r"BM_DumpData/type:(\d+)$", run), us) for run, us in dump.items()) if m)
 rows = []
-for run, us in sorted(dump.items(), key=lambda item: item[0]):
-    m = re.match(r"BM_DumpData/type:(\d+)$", run)
-    if m:
-        rows.append((f"`DumpData({names[int(m.group(1))]})`, in-process stand-in client (no RMI)",
-                     f"{us:.1f} us"))
+if per_type:
+    rows.append(("`DumpData` per type, in-process stand-in client (no RMI; the sample has 3 sessions)",
+                 "; ".join(f"{names[t]} {us:.1f} us" for t, us in per_type)))
 real, raw = dump.get("BM_DumpDataRealisticSample"), dump.get("BM_RawJniRealisticSample")
 if real and raw:
     rows.append(("`DumpData(eSample)`, realistic sample (50 + 20 x (30 + 3 x 5) metrics), "
@@ -77,7 +77,7 @@ soak = []
 per_call = None
 with open(f"{results}/soak.txt") as f:
     for line in f:
-        m = re.match(r"calls (\d+) rss_kb (\d+) global_refs (-?\d+)", line)
+        m = re.match(r"calls (\d+) rss_kb (\d+) global_refs (-?\d+) java_heap_kb (-?\d+)", line)
         if m:
             soak.append(tuple(int(v) for v in m.groups()))
         m = re.match(r"failed (\d+) us_per_call ([\d.]+)", line)
@@ -86,7 +86,8 @@ with open(f"{results}/soak.txt") as f:
 if soak:
     last = soak[-1][0]
     picks = [row for row in soak if row[0] in (0, last // 10, last)]
-    text = "; ".join(f"{calls:,} calls: {rss / 1024:.0f} MB, {refs} global refs" for calls, rss, refs in picks)
+    text = "; ".join(f"{calls:,} calls: {rss / 1024:.0f} MB ({heap / 1024:.0f} MB of it Java heap), "
+                     f"{refs} global refs" for calls, rss, refs, heap in picks)
     if per_call:
         text += f" ({per_call[1]:.0f} us per call wall, {per_call[0]} failed)"
     rows.append((f"RSS and JVM global references over {last:,} `DumpData(eSample)` (3 sessions), stand-in client", text))

@@ -1,12 +1,16 @@
 // Resident memory and JVM global references over a long run of DumpData(eSample) (a
 // sample of three sessions with their metrics and applications) on the in-process
 // stand-in client: before the first call, then at every tenth of the run. A leak of
-// one reference or one small block per call shows as a line that keeps climbing.
+// one reference or one small block per call shows as a line that keeps climbing; the
+// Java heap's committed size is shown beside it, because the JVM grows its heap towards
+// its maximum (a quarter of the machine's memory unless the agent's options cap it)
+// while garbage is plentiful.
 //
 //   build with -DTARNIX_BUILD_BENCH=ON, then: bench/soak/soak_bench [calls]
 #include "BenchHost.h"
 
 #include "HostData.h"
+#include "jni/JavaVM.h"
 #include "JvmProbe.h"
 #include "tarnix/DataType.h"
 
@@ -20,6 +24,25 @@ namespace {
 // The stand-in records every call it gets; cleared this often so its record stays small.
 constexpr long kClearEvery = 1000;
 
+// The Java heap's committed size in kilobytes, or -1.
+long JavaHeapKilobytes(CJavaVM& vm) {
+  JNIEnv* env = vm.GetEnv();
+  if (!env) return -1;
+  jclass runtime = env->FindClass("java/lang/Runtime");
+  if (!runtime) {
+    env->ExceptionClear();
+    return -1;
+  }
+  jobject current = env->CallStaticObjectMethod(
+      runtime, env->GetStaticMethodID(runtime, "getRuntime", "()Ljava/lang/Runtime;"));
+  const jlong bytes =
+      current ? env->CallLongMethod(current, env->GetMethodID(runtime, "totalMemory", "()J")) : -1;
+  if (env->ExceptionCheck()) env->ExceptionClear();
+  env->DeleteLocalRef(current);
+  env->DeleteLocalRef(runtime);
+  return bytes < 0 ? -1 : static_cast<long>(bytes / 1024);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -31,8 +54,9 @@ int main(int argc, char** argv) {
   const tarnix::ComPtr<IUnknown> sample = tarnix::hostsim::MakeSample();
   const auto report = [&](long done) {
     host.ClearRecords();
-    std::printf("calls %ld rss_kb %ld global_refs %ld\n", done, tarnix::hostsim::ResidentKilobytes(),
-                tarnix::hostsim::JniGlobalReferences(runtime));
+    std::printf("calls %ld rss_kb %ld global_refs %ld java_heap_kb %ld\n", done,
+                tarnix::hostsim::ResidentKilobytes(), tarnix::hostsim::JniGlobalReferences(runtime),
+                JavaHeapKilobytes(*host.manager.GetJavaVM()));
     std::fflush(stdout);
   };
   report(0);
