@@ -77,7 +77,7 @@ soak = []
 per_call = None
 with open(f"{results}/soak.txt") as f:
     for line in f:
-        m = re.match(r"calls (\d+) rss_kb (\d+) global_refs (-?\d+) java_heap_kb (-?\d+)", line)
+        m = re.match(r"calls (\d+) rss_kb (\d+) global_refs (-?\d+) java_heap_kb (-?\d+) malloc_kb (-?\d+)", line)
         if m:
             soak.append(tuple(int(v) for v in m.groups()))
         m = re.match(r"failed (\d+) us_per_call ([\d.]+)", line)
@@ -86,8 +86,9 @@ with open(f"{results}/soak.txt") as f:
 if soak:
     last = soak[-1][0]
     picks = [row for row in soak if row[0] in (0, last // 10, last)]
-    text = "; ".join(f"{calls:,} calls: {rss / 1024:.0f} MB ({heap / 1024:.0f} MB of it Java heap), "
-                     f"{refs} global refs" for calls, rss, refs, heap in picks)
+    text = "; ".join(f"{calls:,} calls: RSS {rss / 1024:.0f} MB (Java heap {heap / 1024:.0f} MB, "
+                     f"malloc in use {native / 1024:.0f} MB), {refs} global refs"
+                     for calls, rss, refs, heap, native in picks)
     if per_call:
         text += f" ({per_call[1]:.0f} us per call wall, {per_call[0]} failed)"
     rows.append((f"RSS and JVM global references over {last:,} `DumpData(eSample)` (3 sessions), stand-in client", text))

@@ -6,7 +6,7 @@
 // its maximum (a quarter of the machine's memory unless the agent's options cap it)
 // while garbage is plentiful.
 //
-//   build with -DTARNIX_BUILD_BENCH=ON, then: bench/soak/soak_bench [calls]
+//   build with -DTARNIX_BUILD_BENCH=ON, then: bench/soak/soak_bench [calls [type]]
 #include "BenchHost.h"
 
 #include "HostData.h"
@@ -15,6 +15,7 @@
 #include "tarnix/DataType.h"
 
 #include <chrono>
+#include <malloc.h>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -47,6 +48,7 @@ long JavaHeapKilobytes(CJavaVM& vm) {
 
 int main(int argc, char** argv) {
   const long calls = argc > 1 ? std::max(1L, std::atol(argv[1])) : 1000000L;
+  const auto type = static_cast<unsigned char>(argc > 2 ? std::atoi(argv[2]) : eSample);
   const std::string runtime = TARNIX_BENCH_JAVA_HOME "/lib/server/libjvm.so";
   tarnix::bench::BenchHost& host =
       tarnix::bench::TheHost(tarnix::ComPtr<IHostSessionSource>(tarnix::hostsim::MakeSessions().Get()));
@@ -54,9 +56,10 @@ int main(int argc, char** argv) {
   const tarnix::ComPtr<IUnknown> sample = tarnix::hostsim::MakeSample();
   const auto report = [&](long done) {
     host.ClearRecords();
-    std::printf("calls %ld rss_kb %ld global_refs %ld java_heap_kb %ld\n", done,
+    std::printf("calls %ld rss_kb %ld global_refs %ld java_heap_kb %ld malloc_kb %ld\n", done,
                 tarnix::hostsim::ResidentKilobytes(), tarnix::hostsim::JniGlobalReferences(runtime),
-                JavaHeapKilobytes(*host.manager.GetJavaVM()));
+                JavaHeapKilobytes(*host.manager.GetJavaVM()),
+                static_cast<long>(mallinfo2().uordblks / 1024));
     std::fflush(stdout);
   };
   report(0);
@@ -64,7 +67,7 @@ int main(int argc, char** argv) {
   long failed = 0;
   const long step = calls / 10 > 0 ? calls / 10 : 1;
   for (long i = 1; i <= calls; ++i) {
-    if (host.Dump(eSample, sample.Get()) < 0) ++failed;
+    if (host.Dump(type, type == eSample ? sample.Get() : nullptr) < 0) ++failed;
     if (i % kClearEvery == 0) host.ClearRecords();
     if (i % step == 0) report(i);
   }
