@@ -7,6 +7,7 @@
 #   SOAK_CALLS=100000 REPETITIONS=3 bash scripts/bench.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh >&2
 export JAVA_HOME=/usr/lib/jvm/java-17-openjdk-amd64
 SOAK_CALLS=${SOAK_CALLS:-1000000}
 REPETITIONS=${REPETITIONS:-5}

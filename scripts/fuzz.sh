@@ -25,6 +25,7 @@ if ! [[ "$seconds" =~ ^[0-9]+$ ]]; then
   exit 2
 fi
 
+bash "$root/scripts/install-deps.sh" >&2 || exit 1
 export JAVA_HOME=/usr/lib/jvm/java-17-openjdk-amd64
 export CC=clang-14 CXX=clang++-14
 

@@ -60,7 +60,7 @@ struct Host {
   }
 
   LONG Dump(unsigned char type) {
-    return manager.DumpData(WSTR("rmi://127.0.0.1/server"), WSTR("token"), WSTR("cert"), 1, type,
+    return manager.DumpData(WSTR("in-process"), WSTR("token"), WSTR("cert"), 1, type,
                             nullptr);
   }
 };
