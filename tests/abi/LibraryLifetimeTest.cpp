@@ -1,54 +1,20 @@
 // The built library over its whole life in a host: loading it starts nothing, and
 // unloading it destroys the manager, giving the host back everything it held, without a
 // single call into Java - even though a Java machine is up at that moment.
+#include "LibraryExports.h"
 #include "StubCounts.h"
 
 #include "fixtures/FakeCallbacks.h"
 #include "fixtures/HostTest.h"
 #include "fixtures/TestRegistry.h"
 #include "manager/AgentRegistry.h"
-#include "platform/WideText.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 namespace tarnix::testing {
 namespace {
-
-#ifdef _WIN32
-const char* const kGetInstance = "?GetInstance@CRMICommManager@@SAAEAV1@XZ";
-const char* const kDumpData =
-    "??$DumpData@UIUnknown@@@CRMICommManager@@QEAAJPEB_W00_KEPEAUIUnknown@@@Z";
-const char* const kRegister =
-    "?RegisterDataDumpCallback@CRMICommManager@@QEAAJPEB_W00PEAUIDataDumpCallback@@@Z";
-#else
-const char* const kGetInstance = "_ZN15CRMICommManager11GetInstanceEv";
-const char* const kDumpData = "_ZN15CRMICommManager8DumpDataI8IUnknownEEiPKDsS3_S3_mhPT_";
-const char* const kRegister =
-    "_ZN15CRMICommManager24RegisterDataDumpCallbackEPKDsS1_S1_P17IDataDumpCallback";
-#endif
-
-using GetInstanceFunction = void* (*)();
-using DumpDataFunction = LONG (*)(void*, const WCHAR*, const WCHAR*, const WCHAR*, ULONGLONG,
-                                  unsigned char, IUnknown*);
-using RegisterFunction = LONG (*)(void*, const WCHAR*, const WCHAR*, const WCHAR*,
-                                  IDataDumpCallback*);
-
-// A build path as the component's platform spells it.
-WString NativePath(std::string path) {
-#ifdef _WIN32
-  std::replace(path.begin(), path.end(), '/', '\\');
-  path = "Z:" + path;
-#endif
-  return Utf8ToWide(path);
-}
-
-template <class Function>
-Function Find(HMODULE library, const char* name) {
-  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
-}
 
 // Frees a module on every way out of a test.
 class Module {
@@ -94,7 +60,7 @@ TEST_F(LibraryLifetime, UnloadDestroysTheManagerWithoutCallingJava) {
 
   const auto getInstance = Find<GetInstanceFunction>(library.Get(), kGetInstance);
   const auto dumpData = Find<DumpDataFunction>(library.Get(), kDumpData);
-  const auto registerCallback = Find<RegisterFunction>(library.Get(), kRegister);
+  const auto registerCallback = Find<CallbackFunction>(library.Get(), kRegister);
   ASSERT_TRUE(getInstance && dumpData && registerCallback);
   void* manager = getInstance();
   auto callback = MakeFake<FakeDataDumpCallback>();
