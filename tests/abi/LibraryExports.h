@@ -51,6 +51,24 @@ inline WString NativePath(std::string path) {
   return Utf8ToWide(path);
 }
 
+// Frees a module on every way out of a test.
+class Module {
+ public:
+  explicit Module(const WString& path) : handle_(LoadLibraryW(path.c_str())) {}
+  ~Module() { Free(); }
+  Module(const Module&) = delete;
+  Module& operator=(const Module&) = delete;
+  HMODULE Get() const { return handle_; }
+  bool Free() {
+    const bool freed = handle_ && FreeLibrary(handle_);
+    handle_ = nullptr;
+    return freed;
+  }
+
+ private:
+  HMODULE handle_;
+};
+
 template <class Function>
 Function Find(HMODULE library, const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));

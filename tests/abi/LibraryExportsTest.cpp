@@ -10,7 +10,8 @@ namespace tarnix::testing {
 namespace {
 
 TEST(LibraryExports, TheHostsNamesReachTheManager) {
-  const HMODULE library = LoadLibraryW(NativePath(TARNIX_LIBRARY_PATH).c_str());
+  const Module module(NativePath(TARNIX_LIBRARY_PATH));
+  const HMODULE library = module.Get();
   ASSERT_NE(library, nullptr) << TARNIX_LIBRARY_PATH;
   for (const char* name : {kGetInstance, kDumpData, kRegister, kUnregister, kGetServerInfo,
                            kGetConfigContent}) {

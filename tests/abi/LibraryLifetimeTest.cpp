@@ -16,24 +16,6 @@
 namespace tarnix::testing {
 namespace {
 
-// Frees a module on every way out of a test.
-class Module {
- public:
-  explicit Module(const WString& path) : handle_(LoadLibraryW(path.c_str())) {}
-  ~Module() { Free(); }
-  Module(const Module&) = delete;
-  Module& operator=(const Module&) = delete;
-  HMODULE Get() const { return handle_; }
-  bool Free() {
-    const bool freed = handle_ && FreeLibrary(handle_);
-    handle_ = nullptr;
-    return freed;
-  }
-
- private:
-  HMODULE handle_;
-};
-
 bool SameCounts(const StubCounts& left, const StubCounts& right) {
   return left.createCalls == right.createCalls && left.destroyCalls == right.destroyCalls &&
          left.attachCalls == right.attachCalls && left.detachCalls == right.detachCalls &&
