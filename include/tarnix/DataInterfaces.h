@@ -4,7 +4,7 @@
 // the operations called here are named; the others keep their slots as placeholders.
 #pragma once
 
-#include "platform/Win32.h"
+#include "tarnix/Platform.h"
 #include "tarnix/HostInterfaces.h"
 
 #include <cstddef>

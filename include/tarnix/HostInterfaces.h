@@ -4,7 +4,7 @@
 // any compiler (no __uuidof).
 #pragma once
 
-#include "platform/Win32.h"
+#include "tarnix/Platform.h"
 
 // {2D6D321D-3A1D-4BB9-9161-2191D701011D}: the class of the host's system service, known
 // to the component only as text.

@@ -1,7 +1,7 @@
 // The two classes the host agent links against.
 #pragma once
 
-#include "platform/Win32.h"
+#include "tarnix/Platform.h"
 #include "tarnix/DataType.h"
 
 #include <atomic>

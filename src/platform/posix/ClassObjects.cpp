@@ -3,7 +3,7 @@
 #include "platform/ComPtr.h"
 #include "platform/RegKey.h"
 #include "platform/Win32.h"
-#include "platform/posix/Dom.h"
+#include "tarnix/posix/Dom.h"
 #include "Internal.h"
 
 #include <mutex>

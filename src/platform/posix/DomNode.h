@@ -3,7 +3,7 @@
 // after the document object is released or loads another text.
 #pragma once
 
-#include "platform/posix/Dom.h"
+#include "tarnix/posix/Dom.h"
 
 #include <libxml/tree.h>
 

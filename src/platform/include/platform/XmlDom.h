@@ -21,7 +21,7 @@ inline constexpr CLSID CLSID_DOMDocument60 = {
     0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
 #  endif
 #else
-#  include "platform/posix/Dom.h"
+#  include "tarnix/posix/Dom.h"
 #endif
 
 namespace tarnix {

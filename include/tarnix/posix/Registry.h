@@ -4,7 +4,7 @@
 // file, sees what was written. Keys created with REG_OPTION_VOLATILE are never saved.
 #pragma once
 
-#include "platform/posix/Kernel.h"
+#include "tarnix/posix/Kernel.h"
 
 #include <string>
 

@@ -3,7 +3,7 @@
 // 127 for a missing symbol.
 #pragma once
 
-#include "platform/posix/Types.h"
+#include "tarnix/posix/Types.h"
 
 struct HINSTANCE__;
 typedef HINSTANCE__* HINSTANCE;

@@ -2,7 +2,7 @@
 // message text, the command line, code pages, paths and file enumeration.
 #pragma once
 
-#include "platform/posix/Types.h"
+#include "tarnix/posix/Types.h"
 
 #include <pthread.h>
 

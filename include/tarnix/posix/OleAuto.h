@@ -2,8 +2,8 @@
 // laid out as on 64-bit Windows so that data can be handed across as it is there.
 #pragma once
 
-#include "platform/posix/Com.h"
-#include "platform/posix/Kernel.h"
+#include "tarnix/posix/Com.h"
+#include "tarnix/posix/Kernel.h"
 
 // ---- BSTR: a 32-bit byte count, then the UTF-16 text, then a terminating zero.
 typedef OLECHAR* BSTR;

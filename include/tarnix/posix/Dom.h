@@ -9,8 +9,8 @@
 // one blank where white space was cut between two pieces of text.
 #pragma once
 
-#include "platform/posix/Com.h"
-#include "platform/posix/OleAuto.h"
+#include "tarnix/posix/Com.h"
+#include "tarnix/posix/OleAuto.h"
 
 enum tagDOMNodeType {
   NODE_INVALID = 0,

@@ -3,7 +3,7 @@
 // is called directly, which is all an in-process component ever sees on Windows too.
 #pragma once
 
-#include "platform/posix/Types.h"
+#include "tarnix/posix/Types.h"
 
 #define interface struct
 #define STDMETHOD(method) virtual HRESULT STDMETHODCALLTYPE method
