@@ -69,6 +69,18 @@ class ConsoleLogger : public ComObject<IHostLogger, IID_IHostLogger> {
   HRESULT STDMETHODCALLTYPE LogLevel(BSTR c, LONG, BSTR m) override { return Print("level", c, m); }
 };
 
+// The identities of the host's parts, by name; this host has none to give.
+class NoIdentities : public ComObject<IHostNamedValues, IID_IHostNamedValues> {
+  HRESULT STDMETHODCALLTYPE get_Enumerator(IHostEnumerator** items) override {
+    *items = nullptr;
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE get_Item(BSTR, VARIANT* value) override {
+    VariantInit(value);
+    return E_INVALIDARG;
+  }
+};
+
 // What the host knows about its machine. Every string out-parameter is a new BSTR that
 // the component frees.
 class MachineInfo : public ComObject<ISystemInfo, IID_ISystemInfo> {
@@ -97,8 +109,8 @@ class MachineInfo : public ComObject<ISystemInfo, IID_ISystemInfo> {
   HRESULT STDMETHODCALLTYPE get_machineId(BSTR* id) override { return Give(WSTR("machine-7"), id); }
   HRESULT STDMETHODCALLTYPE get_uniqueId(BSTR* id) override { return Give(WSTR("unique-7"), id); }
   HRESULT STDMETHODCALLTYPE get_componentsIdentities(IHostNamedValues** identities) override {
-    *identities = nullptr;
-    return E_NOTIMPL;  // this host keeps no identities of its parts
+    *identities = new NoIdentities;
+    return S_OK;
   }
 };
 
@@ -188,7 +200,7 @@ class MachineSample : public ComObject<IHostSample, IID_IHostSample> {
 };
 
 void PrintResult(const char* call, LONG result) {
-  std::printf("%s -> 0x%08lX\n", call, static_cast<unsigned long>(result));
+  std::printf("%s -> 0x%08X\n", call, static_cast<unsigned>(result));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@ host=$1 work=$2 java_home=$3 jars=$4 server_classpath=$5
 rm -rf "$work" && mkdir -p "$work/logs" "$work/config"
 
 coproc server { exec "$java_home/bin/java" -cp "$server_classpath" com.tarnix.messageserver.Main \
-  --port 0 --answer 'onStartup=<policy version="3"/>' --answer 'onDataCollected=<actions/>'; }
+  --port 0 --answer 'onStartup=<policy version="3"/>'; }
 read -r -t 60 listening <&"${server[0]}" || { echo "the message server did not start"; exit 1; }
 port=${listening##*:}
 stop_server() { exec {server[1]}>&-; wait "$server_PID" 2>/dev/null; }
@@ -17,7 +17,7 @@ trap stop_server EXIT
 cat > "$work/registry.reg" <<REG
 Windows Registry Editor Version 5.00
 
-[HKEY_LOCAL_MACHINE\\Software\\Corvane, Inc.\\Lumetra Operations for Published Apps\\Desktop Agent]
+[HKEY_LOCAL_MACHINE\\Software\\Corvane, Inc.\\TarnixExample\\Desktop Agent]
 "JrePath"="$java_home"
 "ClassPath"="$jars"
 "LogDirectory"="$work/logs"
@@ -27,7 +27,7 @@ Windows Registry Editor Version 5.00
 "Zelmar Server URL"="rmi://127.0.0.1:$port/MessageServer|agent-7|MIIBexampleCertificate"
 REG
 
-output=$(TARNIX_RMI_REGISTRY="$work/registry.reg" "$host" 2>&1); status=$?
+output=$(TARNIX_RMI_REGISTRY="$work/registry.reg" "$host" --product=TarnixExample 2>&1); status=$?
 echo "$output"
 failed=0
 expect() {
