@@ -13,15 +13,12 @@
 
 #include <atomic>
 #include <cstdio>
-#include <string>
 
 namespace {
 
 // Wide text is wchar_t on Windows and char16_t on Linux; ASCII is enough for a console.
-std::string Printable(const WCHAR* text) {
-  std::string out;
-  for (; text && *text; ++text) out += *text < 128 ? static_cast<char>(*text) : '?';
-  return out;
+void PrintText(const WCHAR* text) {
+  for (; text && *text; ++text) std::putchar(*text < 128 ? static_cast<char>(*text) : '?');
 }
 
 // IUnknown for a heap object that answers one interface besides IUnknown.
@@ -53,8 +50,11 @@ class ComObject : public Interface {
 // The host's log: here, the console. The component names itself in `component`.
 class ConsoleLogger : public ComObject<IHostLogger, IID_IHostLogger> {
   HRESULT Print(const char* kind, BSTR component, BSTR message) {
-    std::printf("  log %s [%s] %s\n", kind, Printable(component).c_str(),
-                Printable(message).c_str());
+    std::printf("  log %s [", kind);
+    PrintText(component);
+    std::printf("] ");
+    PrintText(message);
+    std::printf("\n");
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE Reserved3() override { return E_NOTIMPL; }
@@ -153,7 +153,9 @@ class ServiceFactory : public ComObject<IClassFactory, IID_IClassFactory> {
 constexpr IID kCallbackIid = {0x3E1F7A20, 0x5B8C, 0x4D2A, {0x9E, 0x11, 0x60, 0x2C, 0x7D, 0x45, 0xA8, 0x01}};
 class PrintingCallback : public ComObject<IDataDumpCallback, kCallbackIid> {
   HRESULT STDMETHODCALLTYPE OnDataDumped(LONG dataType, BSTR text) override {
-    std::printf("  callback for data type %ld: %s\n", static_cast<long>(dataType), Printable(text).c_str());
+    std::printf("  callback for data type %ld: ", static_cast<long>(dataType));
+    PrintText(text);
+    std::printf("\n");
     return S_OK;
   }
 };
@@ -219,8 +221,13 @@ int main() {
   BSTR url = nullptr, second = nullptr, certificate = nullptr;
   const LONG found = CRMIConfigLoader::GetServerInfo(config, &url, &second, &certificate);
   PrintResult("CRMIConfigLoader::GetServerInfo", found);
-  std::printf("  url=%s second=%s certificate=%s\n", Printable(url).c_str(),
-              Printable(second).c_str(), Printable(certificate).c_str());
+  std::printf("  url=");
+  PrintText(url);
+  std::printf(" second=");
+  PrintText(second);
+  std::printf(" certificate=");
+  PrintText(certificate);
+  std::printf("\n");
 
   CRMICommManager& manager = CRMICommManager::GetInstance();
   PrintingCallback* callback = new PrintingCallback;

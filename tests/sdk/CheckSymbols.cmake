@@ -25,10 +25,7 @@ set(age ${CMAKE_MATCH_2})
 execute_process(COMMAND ${PDBUTIL} dump -summary ${BIN}/tarnix-rmi.pdb OUTPUT_VARIABLE summary)
 string(REGEX MATCH "GUID: {([0-9A-F-]+)}" _ "${summary}")
 string(REPLACE "-" "" pdb_guid "${CMAKE_MATCH_1}")
-# The record holds the GUID's first three fields little-endian, as Windows stores them.
-string(REGEX REPLACE "^(..)(..)(..)(..)(..)(..)(..)(..)(.*)$" "\\4\\3\\2\\1\\6\\5\\8\\7\\9"
-       signature_guid "${signature}")
-string(TOUPPER "${signature_guid}" signature_guid)
+string(TOUPPER "${signature}" signature_guid)
 string(REGEX MATCH "Age: ([0-9]+)" _ "${summary}")
 if(NOT signature OR NOT signature_guid STREQUAL pdb_guid OR NOT age EQUAL CMAKE_MATCH_1)
   message(FATAL_ERROR "tarnix-rmi.dll does not name this tarnix-rmi.pdb: ${signature} age ${age}, PDB ${pdb_guid}")
@@ -43,7 +40,7 @@ string(REGEX MATCHALL "`[^`]+`\n +flags = function, addr = [0-9]+:[0-9]+" public
 foreach(public ${publics})
   string(REGEX MATCH "`([^`]+)`\n +flags = function, addr = ([0-9]+):([0-9]+)" _ "${public}")
   set(name ${CMAKE_MATCH_1})
-  set(section ${CMAKE_MATCH_2})
+  math(EXPR section "${CMAKE_MATCH_2}")  # "0001" names section header #1
   set(offset ${CMAKE_MATCH_3})
   foreach(header ${sections})
     if(header MATCHES "#${section}\n[^\n]*\n[^\n]*\n +([0-9A-F]+) virtual address")
