@@ -22,13 +22,15 @@ math(EXPR rva_value "0x${rva}")
 string(REGEX MATCH "RSDS signature ([0-9a-f]+) age ([0-9]+) pdb ([^)\n]*)" _ "${headers}")
 set(signature ${CMAKE_MATCH_1})
 set(age ${CMAKE_MATCH_2})
+set(pdb_file ${CMAKE_MATCH_3})
 execute_process(COMMAND ${PDBUTIL} dump -summary ${BIN}/tarnix-rmi.pdb OUTPUT_VARIABLE summary)
 string(REGEX MATCH "GUID: {([0-9A-F-]+)}" _ "${summary}")
 string(REPLACE "-" "" pdb_guid "${CMAKE_MATCH_1}")
 string(TOUPPER "${signature}" signature_guid)
 string(REGEX MATCH "Age: ([0-9]+)" _ "${summary}")
-if(NOT signature OR NOT signature_guid STREQUAL pdb_guid OR NOT age EQUAL CMAKE_MATCH_1)
-  message(FATAL_ERROR "tarnix-rmi.dll does not name this tarnix-rmi.pdb: ${signature} age ${age}, PDB ${pdb_guid}")
+if(NOT signature OR NOT signature_guid STREQUAL pdb_guid OR NOT age EQUAL CMAKE_MATCH_1
+   OR NOT pdb_file MATCHES "tarnix-rmi\\.pdb$")
+  message(FATAL_ERROR "tarnix-rmi.dll does not name this tarnix-rmi.pdb: ${pdb_file} ${signature} age ${age}, PDB ${pdb_guid}")
 endif()
 
 # The public symbol at the export's address: section base plus offset.
