@@ -94,18 +94,24 @@ class MachineInfo : public ComObject<ISystemInfo, IID_ISystemInfo> {
     *adapters = nullptr;  // no adapters to report
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE get_machineName(BSTR* name) override { return Give(WSTR("desk-07"), name); }
+  HRESULT STDMETHODCALLTYPE get_machineName(BSTR* name) override {
+    return Give(WSTR("desk-07"), name);
+  }
   HRESULT STDMETHODCALLTYPE Reserved6() override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE get_isDesktop(VARIANT_BOOL* desktop) override {
     *desktop = VARIANT_TRUE;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE get_FQDN(BSTR* name) override { return Give(WSTR("desk-07.corp.example"), name); }
+  HRESULT STDMETHODCALLTYPE get_FQDN(BSTR* name) override {
+    return Give(WSTR("desk-07.corp.example"), name);
+  }
   HRESULT STDMETHODCALLTYPE get_totalMemory(LONG* megabytes) override {
     *megabytes = 16384;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE get_virtualMachineId(BSTR* id) override { return Give(WSTR("vm-7"), id); }
+  HRESULT STDMETHODCALLTYPE get_virtualMachineId(BSTR* id) override {
+    return Give(WSTR("vm-7"), id);
+  }
   HRESULT STDMETHODCALLTYPE get_machineId(BSTR* id) override { return Give(WSTR("machine-7"), id); }
   HRESULT STDMETHODCALLTYPE get_uniqueId(BSTR* id) override { return Give(WSTR("unique-7"), id); }
   HRESULT STDMETHODCALLTYPE get_componentsIdentities(IHostNamedValues** identities) override {
@@ -150,7 +156,8 @@ class ServiceFactory : public ComObject<IClassFactory, IID_IClassFactory> {
 };
 
 // The server's answers for this host's key arrive here.
-constexpr IID kCallbackIid = {0x3E1F7A20, 0x5B8C, 0x4D2A, {0x9E, 0x11, 0x60, 0x2C, 0x7D, 0x45, 0xA8, 0x01}};
+constexpr IID kCallbackIid = {
+    0x3E1F7A20, 0x5B8C, 0x4D2A, {0x9E, 0x11, 0x60, 0x2C, 0x7D, 0x45, 0xA8, 0x01}};
 class PrintingCallback : public ComObject<IDataDumpCallback, kCallbackIid> {
   HRESULT STDMETHODCALLTYPE OnDataDumped(LONG dataType, BSTR text) override {
     std::printf("  callback for data type %ld: ", static_cast<long>(dataType));
@@ -205,43 +212,77 @@ void PrintResult(const char* call, LONG result) {
   std::printf("%s -> 0x%08X\n", call, static_cast<unsigned>(result));
 }
 
+// The three strings of every manager call, as GetServerInfo hands them over: new BSTRs
+// that the host frees.
+struct ServerInfo {
+  BSTR url = nullptr;
+  BSTR second = nullptr;
+  BSTR certificate = nullptr;
+  ServerInfo() = default;
+  ServerInfo(const ServerInfo&) = delete;
+  ServerInfo& operator=(const ServerInfo&) = delete;
+  ~ServerInfo() {
+    SysFreeString(url);
+    SysFreeString(second);
+    SysFreeString(certificate);
+  }
+};
+
+LONG FindServer(ServerInfo* server) {
+  // No XML configuration here: an empty VARIANT leaves the registry to answer.
+  VARIANT config;
+  VariantInit(&config);
+  const LONG found =
+      CRMIConfigLoader::GetServerInfo(config, &server->url, &server->second, &server->certificate);
+  PrintResult("CRMIConfigLoader::GetServerInfo", found);
+  std::printf("  url=");
+  PrintText(server->url);
+  std::printf(" second=");
+  PrintText(server->second);
+  std::printf(" certificate=");
+  PrintText(server->certificate);
+  std::printf("\n");
+  return found;
+}
+
+// What the agent does on every collection: hand the data to the component.
+void SendData(const ServerInfo& server) {
+  CRMICommManager& manager = CRMICommManager::GetInstance();
+  IDataDumpCallback* callback = new PrintingCallback;
+  PrintResult("RegisterDataDumpCallback", manager.RegisterDataDumpCallback(
+                                              server.url, server.second, server.certificate,
+                                              callback));
+  PrintResult("DumpData(eStartup)",
+              manager.DumpData<IUnknown>(server.url, server.second, server.certificate, 0,
+                                         eStartup, nullptr));
+  IUnknown* sample = new MachineSample;
+  PrintResult("DumpData(eSample)",
+              manager.DumpData<IUnknown>(server.url, server.second, server.certificate, 0,
+                                         eSample, sample));
+  sample->Release();
+  PrintResult("UnregisterDataDumpCallback", manager.UnregisterDataDumpCallback(
+                                                server.url, server.second, server.certificate,
+                                                callback));
+  callback->Release();
+}
+
 }  // namespace
 
 int main() {
   CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-  ServiceFactory* factory = new ServiceFactory;
+  // The component creates the system service by its class whenever it needs a host
+  // interface: register the class object before the first call.
+  IClassFactory* factory = new ServiceFactory;
   DWORD registration = 0;
   PrintResult("CoRegisterClassObject(host system service)",
               CoRegisterClassObject(CLSID_HostSystemService, factory, CLSCTX_INPROC_SERVER,
                                     REGCLS_MULTIPLEUSE, &registration));
-
-  // No XML configuration here: an empty VARIANT leaves the registry to answer.
-  VARIANT config;
-  VariantInit(&config);
-  BSTR url = nullptr, second = nullptr, certificate = nullptr;
-  const LONG found = CRMIConfigLoader::GetServerInfo(config, &url, &second, &certificate);
-  PrintResult("CRMIConfigLoader::GetServerInfo", found);
-  std::printf("  url=");
-  PrintText(url);
-  std::printf(" second=");
-  PrintText(second);
-  std::printf(" certificate=");
-  PrintText(certificate);
-  std::printf("\n");
-
-  CRMICommManager& manager = CRMICommManager::GetInstance();
-  PrintingCallback* callback = new PrintingCallback;
-  PrintResult("RegisterDataDumpCallback", manager.RegisterDataDumpCallback(url, second, certificate, callback));
-  PrintResult("DumpData(eStartup)", manager.DumpData<IUnknown>(url, second, certificate, 0, eStartup, nullptr));
-  MachineSample* sample = new MachineSample;
-  PrintResult("DumpData(eSample)", manager.DumpData<IUnknown>(url, second, certificate, 0, eSample, sample));
-  sample->Release();
-  PrintResult("UnregisterDataDumpCallback", manager.UnregisterDataDumpCallback(url, second, certificate, callback));
-  callback->Release();
-
-  SysFreeString(url);
-  SysFreeString(second);
-  SysFreeString(certificate);
+  LONG found;
+  {
+    ServerInfo server;
+    found = FindServer(&server);
+    SendData(server);
+  }
   CoRevokeClassObject(registration);
   factory->Release();
   CoUninitialize();
