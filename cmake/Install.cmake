@@ -15,15 +15,21 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tarnix
   PATTERN posix EXCLUDE)
 
 if(WIN32)
-  get_target_property(import_library tarnix-rmi TARNIX_MSVC_IMPORT_LIBRARY)
   get_target_property(def_file tarnix-rmi TARNIX_DEF_FILE)
-  get_target_property(pdb tarnix-rmi TARNIX_PDB)
-  get_target_property(debug_file tarnix-rmi TARNIX_DEBUG_FILE)
-  # The DLL by file: this toolchain's own import library is of no use to an MSVC host.
+  # The DLL by file: mingw's own import library is of no use to an MSVC host.
   install(FILES $<TARGET_FILE:tarnix-rmi> DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
+  if(MSVC)
+    set(import_library $<TARGET_LINKER_FILE:tarnix-rmi>)
+    set(symbols $<TARGET_PDB_FILE:tarnix-rmi>)
+  else()
+    get_target_property(import_library tarnix-rmi TARNIX_MSVC_IMPORT_LIBRARY)
+    get_target_property(pdb tarnix-rmi TARNIX_PDB)
+    get_target_property(debug_file tarnix-rmi TARNIX_DEBUG_FILE)
+    set(symbols ${pdb} ${debug_file})
+  endif()
   install(FILES ${import_library} ${def_file}
     DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
-  install(FILES ${pdb} ${debug_file} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Symbols)
+  install(FILES ${symbols} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Symbols)
   set(targets_file tarnix-rmi-targets.cmake)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/tarnix-rmi-targets-windows.cmake.in
     ${CMAKE_CURRENT_BINARY_DIR}/${targets_file} @ONLY)
