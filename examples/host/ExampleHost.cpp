@@ -4,8 +4,9 @@
 // message and one sample. Every answer and every log line is printed.
 //
 // Build:  cmake -S . -B build -DCMAKE_PREFIX_PATH=<tarnix-rmi install folder>
-// Run:    build/example-host  (the component reads the Java runtime and the message
-//         server from the registry: docs/integration.md)
+// Run:    build/example-host --product=<product>  (the component reads the Java runtime
+//         and the message server from the registry, under the product's key:
+//         share/doc/tarnix-rmi/integration.md)
 #include <tarnix/DataInterfaces.h>
 #include <tarnix/DataType.h>
 #include <tarnix/HostInterfaces.h>
