@@ -30,4 +30,12 @@ LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificat
 LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
                           WCHAR** certificate);
 
+// Where the message server's configuration was found.
+enum class ServerInfoSource { None, LegacyValue, XmlNamedKey, PolicyKey };
+
+// CRMIConfigLoader::GetServerInfo, naming in `*source` (when given) the source whose
+// answer is returned: None when every source failed.
+LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,
+                      ServerInfoSource* source);
+
 }  // namespace tarnix

@@ -202,21 +202,18 @@ LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
   return GetUniqueId(info.Get(), serviceValue);
 }
 
-}  // namespace tarnix
+namespace {
 
-LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
-                                     WCHAR** certificate) {
-  using namespace tarnix;
-  ServerInfoOutputs outputs(url, serviceValue, certificate);
-  LONG hr = outputs.Run(loadLegancyServerInfo);
-  if (SUCCEEDED(hr)) return hr;
-
+// The sources after the legacy value, in their order.
+LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs, ServerInfoSource* source) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   ScopedBstr path;
+  LONG hr = E_FAIL;
   if (SUCCEEDED(FindServerConfigRegistry(config, path.Receive()))) {
     hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
       return loadCommonServerInfo(path.Get(), u, s, c);
     });
+    *source = ServerInfoSource::XmlNamedKey;
     if (SUCCEEDED(hr)) return hr;
     log.ErrorWithCode(kLoadServerConfigFailed, hr);
   }
@@ -224,6 +221,29 @@ LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** servic
   hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
     return loadCommonServerInfo(&policyKey[0], u, s, c);
   });
+  *source = ServerInfoSource::PolicyKey;
   if (FAILED(hr)) log.ErrorWithCode(kLoadPolicyConfigFailed, hr);
   return hr;
+}
+
+}  // namespace
+
+LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,
+                      ServerInfoSource* source) {
+  ServerInfoSource answered = ServerInfoSource::LegacyValue;
+  LONG hr = E_FAIL;
+  {
+    ServerInfoOutputs outputs(url, serviceValue, certificate);
+    hr = outputs.Run(loadLegancyServerInfo);
+    if (FAILED(hr)) hr = LookUpConfiguredKeys(config, outputs, &answered);
+  }
+  if (source) *source = SUCCEEDED(hr) ? answered : ServerInfoSource::None;
+  return hr;
+}
+
+}  // namespace tarnix
+
+LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
+                                     WCHAR** certificate) {
+  return tarnix::LookUpServerInfo(config, url, serviceValue, certificate, nullptr);
 }
