@@ -55,9 +55,9 @@ Settings Healthy(const std::string& runtime, const std::string& jars, const std:
   return Healthy(CHECK_STUB_JRE, CHECK_FOLDER + kSeparator + "jars", "rmi://127.0.0.1:1/M");
 }
 
-// The settings with `name` left out, and given `value` under `key` when there is one.
+// The settings with `name` left out, or (with a key) given the value there instead.
 [[maybe_unused]] Settings Changed(Settings settings, const WCHAR* name, const WCHAR* key = nullptr,
-                 const std::string& value = "") {
+                                  const std::string& value = "") {
   Settings changed;
   for (Setting& setting : settings) {
     if (WString(setting.name) != name) changed.push_back(std::move(setting));
@@ -133,7 +133,7 @@ void Expect(const Case& c) {
 
 TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
   const std::string config = CHECK_FOLDER + kSeparator + "config.xml";
-  std::ofstream(config) << "<agent><serverConfigRegistry>HKEY_LOCAL_MACHINE\\"
+  std::ofstream(config) << "<agent><serverConfigRegistry>"
                         << WideToUtf8(kNamedKey) << "</serverConfigRegistry></agent>";
   const Case cases[] = {
       {"healthy", Healthy(), "", 0,
@@ -144,7 +144,8 @@ TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
         "certificate: present, 76 characters, SHA-256 prefix 4e34fee3",
         "SKIP  5. Java side: not asked", "Result: PASS"}},
       {"JrePath missing, JavaHome read instead",
-       Changed(Healthy(), WSTR("JrePath"), kHostKey, CHECK_STUB_JRE), "--json", 0,
+       Changed(Changed(Healthy(), WSTR("JrePath")), WSTR("JavaHome"), kHostKey, CHECK_STUB_JRE),
+       "--json", 0,
        {"{\"step\":2,\"name\":\"java-runtime\",\"verdict\":\"pass\",\"summary\":\"from JavaHome",
         "\"passed\":true"}},
       {"class path folder without jars",
