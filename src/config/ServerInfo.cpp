@@ -122,6 +122,16 @@ class ServerInfoOutputs {
   ScopedBstr kept_[3];
 };
 
+// The legacy value, or failing that the policy key's URL read the same way; `source`
+// (when given) tells which.
+HRESULT ReadLegacyValue(WString* value, ServerInfoSource* source) {
+  HRESULT hr = ReadServerString(kLegacyKey, kLegacyValue, value);
+  if (source) *source = ServerInfoSource::LegacyValue;
+  if (SUCCEEDED(hr)) return hr;
+  if (source) *source = ServerInfoSource::PolicyUrlAsLegacyValue;
+  return ReadServerString(PolicyKeyPath().c_str(), kUrlValue, value);
+}
+
 }  // namespace
 
 std::vector<WString> SplitLegacyValue(const WString& value) {
@@ -142,8 +152,7 @@ WString PolicyKeyPath() {
 LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   WString value;
-  HRESULT hr = ReadServerString(kLegacyKey, kLegacyValue, &value);
-  if (FAILED(hr)) hr = ReadServerString(PolicyKeyPath().c_str(), kUrlValue, &value);
+  HRESULT hr = ReadLegacyValue(&value, nullptr);
   if (FAILED(hr)) {
     log.ErrorWithCode(kLegacyValueFailed, hr);
     return hr;
@@ -235,7 +244,12 @@ LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR**
   {
     ServerInfoOutputs outputs(url, serviceValue, certificate);
     hr = outputs.Run(loadLegancyServerInfo);
-    if (FAILED(hr)) hr = LookUpConfiguredKeys(config, outputs, &answered);
+    if (FAILED(hr)) {
+      hr = LookUpConfiguredKeys(config, outputs, &answered);
+    } else if (source) {
+      WString value;
+      ReadLegacyValue(&value, &answered);
+    }
   }
   if (source) *source = SUCCEEDED(hr) ? answered : ServerInfoSource::None;
   return hr;

@@ -131,10 +131,15 @@ void Expect(const Case& c) {
 
 #ifndef CHECK_WITH_JVM
 
-TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
+// The agent's XML configuration, naming the key the server is in.
+std::string WriteConfig() {
   const std::string config = CHECK_FOLDER + kSeparator + "config.xml";
-  std::ofstream(config) << "<agent><serverConfigRegistry>"
-                        << WideToUtf8(kNamedKey) << "</serverConfigRegistry></agent>";
+  std::ofstream(config) << "<agent><serverConfigRegistry>" << WideToUtf8(kNamedKey)
+                        << "</serverConfigRegistry></agent>";
+  return config;
+}
+
+TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
   const Case cases[] = {
       {"healthy", Healthy(), "", 0,
        {"PASS  1. product name and keys: product \"CheckTest\", agent key found",
@@ -160,9 +165,16 @@ TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
        Changed(Changed(Changed(Healthy(), WSTR("Zelmar Server URL")), WSTR("MessageServerURL"),
                        kNamedKey, "rmi://named/M"),
                WSTR("AdapterCertificate"), kNamedKey, WideToUtf8(kCertificate)),
-       "--config " + config, 0,
+       "--config " + WriteConfig(), 0,
        {"PASS  4. message server: from the registry path named by the XML configuration, URL "
         "rmi://named/M", "second value: the machine unique id of the agent's system"}},
+      {"policy key, whose URL the legacy lookup takes without its certificate",
+       Changed(Changed(Changed(Healthy(), WSTR("Zelmar Server URL")), WSTR("MessageServerURL"),
+                       kPolicyKey, "rmi://policy/M"),
+               WSTR("AdapterCertificate"), kPolicyKey, WideToUtf8(kCertificate)),
+       "", 1,
+       {"FAIL  4. message server: from the policy key's MessageServerURL, read as a legacy value",
+        "! no adapter certificate is configured"}},
       {"stand-in runtime without classes", Healthy(), "--jvm", 1,
        {"FAIL  5. Java side: machine created, 0 of 10 classes loaded",
         "! class java/util/HashMap does not load: no Java exception",

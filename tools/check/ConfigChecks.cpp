@@ -43,6 +43,8 @@ const char* ServerSourceName(ServerInfoSource source) {
   switch (source) {
     case ServerInfoSource::LegacyValue:
       return "legacy value";
+    case ServerInfoSource::PolicyUrlAsLegacyValue:
+      return "policy key's MessageServerURL, read as a legacy value";
     case ServerInfoSource::XmlNamedKey:
       return "registry path named by the XML configuration";
     case ServerInfoSource::PolicyKey:
