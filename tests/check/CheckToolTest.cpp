@@ -79,7 +79,8 @@ struct Run {
 };
 
 Run RunCheck(const std::string& arguments) {
-  const std::string command = std::string(CHECK_TOOL) + " --product CheckTest " + arguments + " 2>&1";
+  const std::string command =
+      std::string(CHECK_TOOL) + " --product CheckTest " + arguments + " 2>&1";
   Run run;
 #ifdef _WIN32
   FILE* child = _popen(command.c_str(), "rb");
@@ -88,7 +89,11 @@ Run RunCheck(const std::string& arguments) {
 #endif
   if (!child) return run;
   char buffer[4096];
-  for (size_t n; (n = fread(buffer, 1, sizeof buffer, child)) > 0;) run.output.append(buffer, n);
+  for (size_t n; (n = fread(buffer, 1, sizeof buffer, child)) > 0;) {
+    for (size_t i = 0; i < n; ++i) {
+      if (buffer[i] != '\r') run.output.push_back(buffer[i]);  // Windows' text mode
+    }
+  }
 #ifdef _WIN32
   run.status = _pclose(child);
 #else

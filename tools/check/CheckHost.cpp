@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <vector>
 
 namespace tarnix::check {
 
@@ -76,8 +77,10 @@ class CheckHost::Services : public IClassFactory,
   }
 
   std::vector<LoggedLine> TakeLines() {
+    std::vector<LoggedLine> taken;
     std::lock_guard<std::mutex> hold(lock_);
-    return std::move(lines_);
+    taken.swap(lines_);
+    return taken;
   }
   bool TakeUniqueIdAsked() { return uniqueIdAsked_.exchange(false); }
 

@@ -55,6 +55,10 @@ const char* ServerSourceName(ServerInfoSource source) {
   return "none";
 }
 
+WString TextOf(const ScopedBstr& text) {
+  return text.Get() ? WString(text.Get(), SysStringLen(text.Get())) : WString();
+}
+
 std::vector<std::string> SplitClassPath(const std::string& classPath) {
   std::vector<std::string> jars;
   size_t start = 0;
@@ -135,8 +139,9 @@ StepReport CheckClassPath(CheckHost& host, Findings* findings) {
   const HRESULT folderRead = ReadAgentValue(WSTR("ClassPath"), &folder);
   GetClassPath(HostLog::AcquiredOnFirstUse(), &findings->classPath);
   const std::vector<std::string> jars = SplitClassPath(findings->classPath);
-  step.facts.emplace_back("folder", SUCCEEDED(folderRead) ? ToUtf8(folder)
-                                                          : "not set (" + CodeText(folderRead) + ")");
+  step.facts.emplace_back("folder", SUCCEEDED(folderRead)
+                                        ? ToUtf8(folder)
+                                        : "not set (" + CodeText(folderRead) + ")");
   for (size_t i = 0; i < jars.size(); ++i) {
     step.facts.emplace_back("jar " + std::to_string(i + 1), jars[i]);
   }
@@ -156,27 +161,26 @@ StepReport CheckMessageServer(CheckHost& host, const VARIANT& config, Findings* 
   const LONG hr = LookUpServerInfo(config, url.Receive(), serviceValue.Receive(),
                                    certificate.Receive(), &source);
   const bool fromSystemInfo = host.TakeUniqueIdAsked();
-  findings->serverUrl = url.Get() ? WString(url.Get(), SysStringLen(url.Get())) : WString();
-  const WString certificateText =
-      certificate.Get() ? WString(certificate.Get(), SysStringLen(certificate.Get())) : WString();
-  const WString serviceText =
-      serviceValue.Get() ? WString(serviceValue.Get(), SysStringLen(serviceValue.Get())) : WString();
+  findings->serverUrl = TextOf(url);
+  const WString certificateText = TextOf(certificate);
   step.facts = {{"source", ServerSourceName(source)},
                 {"result", CodeText(hr)},
                 {"url", ToUtf8(findings->serverUrl)},
                 {"second value", fromSystemInfo ? "the machine unique id of the agent's system "
                                                   "information (not available to this tool)"
-                                                : DescribeSecret(serviceText)},
+                                                : DescribeSecret(TextOf(serviceValue))},
                 {"certificate", DescribeSecret(certificateText)}};
-  step.summary = (source == ServerInfoSource::None ? std::string("not found")
-                                                  : std::string("from the ") +
-                                                        ServerSourceName(source)) +
-                 ", URL " +
+  const std::string found = source == ServerInfoSource::None
+                                ? "not found"
+                                : std::string("from the ") + ServerSourceName(source);
+  step.summary = found + ", URL " +
                  (findings->serverUrl.empty() ? "absent" : ToUtf8(findings->serverUrl)) +
                  ", certificate " + (certificateText.empty() ? "absent" : "present");
   if (FAILED(hr)) FailStep(&step, "no source holds the message server configuration");
   if (SUCCEEDED(hr) && findings->serverUrl.empty()) FailStep(&step, "the URL is empty");
-  if (SUCCEEDED(hr) && certificateText.empty()) FailStep(&step, "no adapter certificate is configured");
+  if (SUCCEEDED(hr) && certificateText.empty()) {
+    FailStep(&step, "no adapter certificate is configured");
+  }
   step.log = host.TakeLines();
   return step;
 }

@@ -8,7 +8,6 @@
 #endif
 
 #include <memory>
-#include <type_traits>
 
 namespace tarnix::check {
 namespace {
