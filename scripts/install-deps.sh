@@ -2,7 +2,7 @@
 # Installs what a fresh Debian 12 machine lacks for building and testing both builds.
 set -euo pipefail
 packages=(cmake ninja-build g++ googletest libgtest-dev libbenchmark-dev libxml2-dev
-          openjdk-17-jdk-headless wine wine64 g++-mingw-w64-x86-64-posix
+          openjdk-17-jdk-headless libssl-dev wine wine64 g++-mingw-w64-x86-64-posix
           clang-14 lld-14 llvm-14 dpkg-dev python3)
 missing=()
 for p in "${packages[@]}"; do

@@ -30,4 +30,14 @@ LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificat
 LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
                           WCHAR** certificate);
 
+// Where the message server's configuration was found. The legacy lookup reads the policy
+// key's URL as a legacy value when "Zelmar Server URL" is missing, and then wins over the
+// policy key itself, certificate or not.
+enum class ServerInfoSource { None, LegacyValue, PolicyUrlAsLegacyValue, XmlNamedKey, PolicyKey };
+
+// CRMIConfigLoader::GetServerInfo, naming in `*source` (when given) the source whose
+// answer is returned: None when every source failed.
+LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,
+                      ServerInfoSource* source);
+
 }  // namespace tarnix

@@ -122,6 +122,16 @@ class ServerInfoOutputs {
   ScopedBstr kept_[3];
 };
 
+// The legacy value, or failing that the policy key's URL read the same way; `source`
+// (when given) tells which.
+HRESULT ReadLegacyValue(WString* value, ServerInfoSource* source) {
+  HRESULT hr = ReadServerString(kLegacyKey, kLegacyValue, value);
+  if (source) *source = ServerInfoSource::LegacyValue;
+  if (SUCCEEDED(hr)) return hr;
+  if (source) *source = ServerInfoSource::PolicyUrlAsLegacyValue;
+  return ReadServerString(PolicyKeyPath().c_str(), kUrlValue, value);
+}
+
 }  // namespace
 
 std::vector<WString> SplitLegacyValue(const WString& value) {
@@ -142,8 +152,7 @@ WString PolicyKeyPath() {
 LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   WString value;
-  HRESULT hr = ReadServerString(kLegacyKey, kLegacyValue, &value);
-  if (FAILED(hr)) hr = ReadServerString(PolicyKeyPath().c_str(), kUrlValue, &value);
+  HRESULT hr = ReadLegacyValue(&value, nullptr);
   if (FAILED(hr)) {
     log.ErrorWithCode(kLegacyValueFailed, hr);
     return hr;
@@ -202,21 +211,18 @@ LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
   return GetUniqueId(info.Get(), serviceValue);
 }
 
-}  // namespace tarnix
+namespace {
 
-LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
-                                     WCHAR** certificate) {
-  using namespace tarnix;
-  ServerInfoOutputs outputs(url, serviceValue, certificate);
-  LONG hr = outputs.Run(loadLegancyServerInfo);
-  if (SUCCEEDED(hr)) return hr;
-
+// The sources after the legacy value, in their order.
+LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs, ServerInfoSource* source) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   ScopedBstr path;
+  LONG hr = E_FAIL;
   if (SUCCEEDED(FindServerConfigRegistry(config, path.Receive()))) {
     hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
       return loadCommonServerInfo(path.Get(), u, s, c);
     });
+    *source = ServerInfoSource::XmlNamedKey;
     if (SUCCEEDED(hr)) return hr;
     log.ErrorWithCode(kLoadServerConfigFailed, hr);
   }
@@ -224,6 +230,34 @@ LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** servic
   hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
     return loadCommonServerInfo(&policyKey[0], u, s, c);
   });
+  *source = ServerInfoSource::PolicyKey;
   if (FAILED(hr)) log.ErrorWithCode(kLoadPolicyConfigFailed, hr);
   return hr;
+}
+
+}  // namespace
+
+LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,
+                      ServerInfoSource* source) {
+  ServerInfoSource answered = ServerInfoSource::LegacyValue;
+  LONG hr = E_FAIL;
+  {
+    ServerInfoOutputs outputs(url, serviceValue, certificate);
+    hr = outputs.Run(loadLegancyServerInfo);
+    if (FAILED(hr)) {
+      hr = LookUpConfiguredKeys(config, outputs, &answered);
+    } else if (source) {
+      WString value;
+      ReadLegacyValue(&value, &answered);
+    }
+  }
+  if (source) *source = SUCCEEDED(hr) ? answered : ServerInfoSource::None;
+  return hr;
+}
+
+}  // namespace tarnix
+
+LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
+                                     WCHAR** certificate) {
+  return tarnix::LookUpServerInfo(config, url, serviceValue, certificate, nullptr);
 }

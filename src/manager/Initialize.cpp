@@ -40,11 +40,7 @@ HRESULT CRMICommManagerImpl::Initialize() {
   std::string classPath;
   tarnix::GetClassPath(log_, &classPath);
   javaVM_ = std::make_shared<CJavaVM>(runtime);
-  const LONG created = javaVM_->Create(tarnix::JavaVMOptions(classPath));
-  if (created != 0) {
-    log_.ErrorWithCode(WSTR("Failed to create a Java virtual machine instance."), created);
-    return E_FAIL;
-  }
+  if (tarnix::CreateJavaMachine(*javaVM_, log_, classPath) != 0) return E_FAIL;
   const HRESULT hr = StartLoggerFactory();
   return FAILED(hr) ? hr : StartMessageClient();
 }

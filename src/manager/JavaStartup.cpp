@@ -63,14 +63,23 @@ HRESULT GetAgentJrePath(const HostLog& log, HRESULT javaHomeFailure, WString* pa
   return S_OK;
 }
 
+// The first setting that names the runtime's home; None, with the failure in *hr, when
+// not even the agent's installation path can be read.
+JreSource ReadRuntimeHome(const HostLog& log, WString* path, HRESULT* hr) {
+  const HRESULT agentSetting = ReadAgentValue(WSTR("JrePath"), path);
+  if (SUCCEEDED(agentSetting)) return JreSource::AgentJrePath;
+  if (SUCCEEDED(ReadHostDesktopValue(WSTR("JavaHome"), path))) return JreSource::HostJavaHome;
+  *hr = GetAgentJrePath(log, agentSetting, path);
+  return SUCCEEDED(*hr) ? JreSource::AgentInstallPath : JreSource::None;
+}
+
 }  // namespace
 
-HRESULT GetJrePath(const HostLog& log, WString* path) {
-  const HRESULT agentSetting = ReadAgentValue(WSTR("JrePath"), path);
-  if (FAILED(agentSetting) && FAILED(ReadHostDesktopValue(WSTR("JavaHome"), path))) {
-    const HRESULT hr = GetAgentJrePath(log, agentSetting, path);
-    if (FAILED(hr)) return hr;
-  }
+HRESULT GetJrePath(const HostLog& log, WString* path, JreSource* source) {
+  HRESULT hr = S_OK;
+  const JreSource used = ReadRuntimeHome(log, path, &hr);
+  if (source) *source = used;
+  if (FAILED(hr)) return hr;
   if (!path->empty() && !EndsWith(*path, platform::kPathSeparator)) {
     path->push_back(platform::kPathSeparator);
   }
@@ -121,6 +130,14 @@ HRESULT AppendJarsOfDirectory(const HostLog& log, const WCHAR* pattern, std::str
 
 std::vector<std::string> JavaVMOptions(const std::string& classPath) {
   return {"-Djava.class.path=" + classPath, "-Xrs", "-Xmx100M"};
+}
+
+LONG CreateJavaMachine(CJavaVM& machine, const HostLog& log, const std::string& classPath) {
+  const LONG created = machine.Create(JavaVMOptions(classPath));
+  if (created != 0) {
+    log.ErrorWithCode(WSTR("Failed to create a Java virtual machine instance."), created);
+  }
+  return created;
 }
 
 bool LoadJavaClass(CJavaVM& machine, const HostLog& log, const char* name, const MethodEntry* table,

@@ -14,10 +14,14 @@ class CJavaVM;
 
 namespace tarnix {
 
+// The setting the runtime's home came from; None when none could be read.
+enum class JreSource { None, AgentJrePath, HostJavaHome, AgentInstallPath };
+
 // The runtime's home, ending with the path separator: the agent's own setting, else the
 // host desktop's Java home, else the "jre" folder of the host agent's installation. The
-// caller goes on with whatever this produced, even an empty text.
-HRESULT GetJrePath(const HostLog& log, WString* path);
+// caller goes on with whatever this produced, even an empty text. `source`, when given,
+// names the setting used.
+HRESULT GetJrePath(const HostLog& log, WString* path, JreSource* source = nullptr);
 
 // Every jar of the agent's class-path folder, joined with the platform's separator.
 HRESULT GetClassPath(const HostLog& log, std::string* classPath);
@@ -28,6 +32,10 @@ HRESULT AppendJarsOfDirectory(const HostLog& log, const WCHAR* pattern, std::str
 
 // The machine's options; nothing else is ever passed.
 std::vector<std::string> JavaVMOptions(const std::string& classPath);
+
+// Creates the machine with exactly those options; a failure is logged with its code (the
+// JNI code, or the HRESULT of a runtime library that did not load) and returned.
+LONG CreateJavaMachine(CJavaVM& machine, const HostLog& log, const std::string& classPath);
 
 // Loads a class with its method table into the machine's cache; on failure the Java
 // exception is logged and cleared.

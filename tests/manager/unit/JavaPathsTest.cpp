@@ -55,8 +55,10 @@ class JavaPathsTest : public HostTest {
     Write(registry, settings);
     Logger().Clear();
     path->clear();
-    return GetJrePath(LogTo(Logger()), path);
+    source_ = JreSource::AgentJrePath;
+    return GetJrePath(LogTo(Logger()), path, &source_);
   }
+  JreSource source_ = JreSource::None;
 
   // A fresh folder of its own under the temporary folder, removed again at the end.
   fs::path MakeFolder() {
@@ -94,6 +96,7 @@ TEST_F(JavaPathsTest, RuntimeComesFromTheFirstSettingThatReads) {
 
   EXPECT_EQ(JrePath({java, W("Home"), W("Agent")}, &path), S_OK);
   EXPECT_EQ(path, java + kSeparator);
+  EXPECT_EQ(source_, JreSource::AgentJrePath);
   EXPECT_EQ(Lines(Logger(), LogOperation::Info),
             std::vector<std::string>{"Using JRE from '" + U(java + kSeparator) + "'."});
 
@@ -106,10 +109,12 @@ TEST_F(JavaPathsTest, RuntimeComesFromTheFirstSettingThatReads) {
   RuntimeSettings wrongType{W("ignored"), W("Home"), std::nullopt, REG_BINARY};
   EXPECT_EQ(JrePath(wrongType, &path), S_OK);
   EXPECT_EQ(path, W("Home") + kSeparator);
+  EXPECT_EQ(source_, JreSource::HostJavaHome);
   EXPECT_EQ(Logger().Messages(LogOperation::Warning).size(), 0u);
 
   EXPECT_EQ(JrePath({std::nullopt, std::nullopt, W("Agent")}, &path), S_OK);
   EXPECT_EQ(path, W("Agent") + kSeparator + W("jre") + kSeparator);
+  EXPECT_EQ(source_, JreSource::AgentInstallPath);
   EXPECT_EQ(Lines(Logger(), LogOperation::Warning),
             std::vector<std::string>{"Failed to retrieve the Java home path.  Using the Vantage "
                                      "agent's JRE instead.  Error code 0x80070002."});
@@ -118,6 +123,7 @@ TEST_F(JavaPathsTest, RuntimeComesFromTheFirstSettingThatReads) {
 
   EXPECT_EQ(JrePath({}, &path), kMissingValue);
   EXPECT_TRUE(path.empty());
+  EXPECT_EQ(source_, JreSource::None);
   EXPECT_EQ(Lines(Logger(), LogOperation::Error),
             std::vector<std::string>{"Failed to get the agent's installation path." +
                                      U(ResultCodeSuffix(kMissingValue))});

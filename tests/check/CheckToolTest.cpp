@@ -1,0 +1,226 @@
+// tarnix-rmi-check as an operator runs it: a child process reading registry content written
+// here (natively a hive file named in the environment it inherits, under Wine Wine's own
+// registry). Every run is held to its exit status and the lines it must print, and must
+// show neither secret in clear nor change the registry.
+#include "fixtures/Secrets.h"
+#include "fixtures/TestRegistry.h"
+#include "platform/WideText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#ifndef _WIN32
+#  include <sys/wait.h>
+#endif
+
+#ifdef CHECK_WITH_JVM
+#  include "MessageServerProcess.h"
+#endif
+
+namespace tarnix::testing {
+namespace {
+
+const WCHAR kAgentKey[] = WSTR("Software\\Corvane, Inc.\\CheckTest\\Desktop Agent");
+const WCHAR kHostKey[] = WSTR("Software\\Corvane, Inc.\\Corvane Palisade");
+const WCHAR kLegacyKey[] = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
+const WCHAR kPolicyKey[] = WSTR("Software\\Policies\\Corvane, Inc.\\CheckTest\\Desktop Agent");
+const WCHAR kNamedKey[] = WSTR("Software\\Tarnix Tests\\Check Server");
+const std::string kSeparator = CHECK_FOLDER[0] == '/' ? "/" : "\\";
+
+struct Setting {
+  const WCHAR* key;
+  const WCHAR* name;
+  WString value;
+};
+using Settings = std::vector<Setting>;
+
+// An agent with every setting in place: its runtime, one jar, its folders and the server
+// with the machine's secrets.
+Settings Healthy(const std::string& runtime, const std::string& jars, const std::string& url) {
+  return {{kAgentKey, WSTR("JrePath"), Utf8ToWide(runtime)},
+          {kAgentKey, WSTR("ClassPath"), Utf8ToWide(jars)},
+          {kAgentKey, WSTR("LogDirectory"), Utf8ToWide(CHECK_FOLDER)},
+          {kAgentKey, WSTR("ConfigDirectory"), Utf8ToWide(CHECK_FOLDER)},
+          {kLegacyKey, WSTR("Zelmar Server URL"),
+           Utf8ToWide(url) + WSTR("|") + kAuthToken + WSTR("|") + kCertificate}};
+}
+[[maybe_unused]] Settings Healthy() {
+  return Healthy(CHECK_STUB_JRE, CHECK_FOLDER + kSeparator + "jars", "rmi://127.0.0.1:1/M");
+}
+
+// The settings with `name` left out, or (with a key) given the value there instead.
+[[maybe_unused]] Settings Changed(Settings settings, const WCHAR* name, const WCHAR* key = nullptr,
+                                  const std::string& value = "") {
+  Settings changed;
+  for (Setting& setting : settings) {
+    if (WString(setting.name) != name) changed.push_back(std::move(setting));
+  }
+  if (key) changed.push_back({key, name, Utf8ToWide(value)});
+  return changed;
+}
+
+std::string FileText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+struct Run {
+  int status = -1;
+  std::string output;
+};
+
+Run RunCheck(const std::string& arguments) {
+  const std::string command =
+      std::string(CHECK_TOOL) + " --product CheckTest " + arguments + " 2>&1";
+  Run run;
+#ifdef _WIN32
+  FILE* child = _popen(command.c_str(), "rb");
+#else
+  FILE* child = popen(command.c_str(), "r");
+#endif
+  if (!child) return run;
+  char buffer[4096];
+  for (size_t n; (n = fread(buffer, 1, sizeof buffer, child)) > 0;) {
+    for (size_t i = 0; i < n; ++i) {
+      if (buffer[i] != '\r') run.output.push_back(buffer[i]);  // Windows' text mode
+    }
+  }
+#ifdef _WIN32
+  run.status = _pclose(child);
+#else
+  const int status = pclose(child);
+  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+#endif
+  return run;
+}
+
+struct Case {
+  const char* name;
+  Settings settings;
+  std::string arguments;
+  int status;
+  std::vector<std::string> expected;  // each somewhere in the output
+};
+
+void Expect(const Case& c) {
+  TestRegistry registry;
+  for (const WCHAR* key : {kAgentKey, kHostKey, kPolicyKey, kNamedKey}) {
+    registry.Own(HKEY_LOCAL_MACHINE, key);
+  }
+  for (const Setting& setting : c.settings) {
+    registry.SetString(HKEY_LOCAL_MACHINE, setting.key, setting.name, setting.value);
+  }
+  registry.Apply();
+  const std::string hive = FileText(registry.FilePath());
+  const Run run = RunCheck(c.arguments);
+  // Where the checks of the JVM's own JNI checking pass look.
+  std::cout << run.output;
+  EXPECT_EQ(run.status, c.status) << c.name;
+  for (const std::string& line : c.expected) {
+    EXPECT_NE(run.output.find(line), std::string::npos) << c.name << ": no \"" << line << "\"";
+  }
+  for (const WCHAR* secret : {kAuthToken, kCertificate}) {
+    EXPECT_EQ(run.output.find(WideToUtf8(secret)), std::string::npos) << c.name;
+  }
+  EXPECT_EQ(FileText(registry.FilePath()), hive) << c.name << ": the registry was written";
+}
+
+#ifndef CHECK_WITH_JVM
+
+// The agent's XML configuration, naming the key the server is in.
+std::string WriteConfig() {
+  const std::string config = CHECK_FOLDER + kSeparator + "config.xml";
+  std::ofstream(config) << "<agent><serverConfigRegistry>" << WideToUtf8(kNamedKey)
+                        << "</serverConfigRegistry></agent>";
+  return config;
+}
+
+TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
+  const Case cases[] = {
+      {"healthy", Healthy(), "", 0,
+       {"PASS  1. product name and keys: product \"CheckTest\", agent key found",
+        "PASS  2. Java runtime: from JrePath", "PASS  3. class path: 1 jar(s)",
+        "jar 1: " CHECK_FOLDER, "PASS  4. message server: from the legacy value, URL rmi://",
+        "second value: present, 12 characters, SHA-256 prefix baca6a99",
+        "certificate: present, 76 characters, SHA-256 prefix 4e34fee3",
+        "SKIP  5. Java side: not asked", "Result: PASS"}},
+      {"JrePath missing, JavaHome read instead",
+       Changed(Changed(Healthy(), WSTR("JrePath")), WSTR("JavaHome"), kHostKey, CHECK_STUB_JRE),
+       "--json", 0,
+       {"{\"step\":2,\"name\":\"java-runtime\",\"verdict\":\"pass\",\"summary\":\"from JavaHome",
+        "\"passed\":true"}},
+      {"class path folder without jars",
+       Changed(Healthy(), WSTR("ClassPath"), kAgentKey, CHECK_FOLDER + kSeparator + "no-jars"),
+       "", 1, {"FAIL  3. class path: 0 jar(s)", "option: -Djava.class.path=\n", "! no jars"}},
+      {"no server configuration", Changed(Healthy(), WSTR("Zelmar Server URL")), "", 1,
+       {"FAIL  4. message server: not found, URL absent, certificate absent",
+        "component error: Failed to get the message server configuration in function long "
+        "__cdecl CRMIConfigLoader::loadLegancyServerInfo",
+        "component error: Failed to read Policy key's attributes"}},
+      {"server in the key the XML configuration names",
+       Changed(Changed(Changed(Healthy(), WSTR("Zelmar Server URL")), WSTR("MessageServerURL"),
+                       kNamedKey, "rmi://named/M"),
+               WSTR("AdapterCertificate"), kNamedKey, WideToUtf8(kCertificate)),
+       "--config " + WriteConfig(), 0,
+       {"PASS  4. message server: from the registry path named by the XML configuration, URL "
+        "rmi://named/M", "second value: the machine unique id of the agent's system"}},
+      {"policy key, whose URL the legacy lookup takes without its certificate",
+       Changed(Changed(Changed(Healthy(), WSTR("Zelmar Server URL")), WSTR("MessageServerURL"),
+                       kPolicyKey, "rmi://policy/M"),
+               WSTR("AdapterCertificate"), kPolicyKey, WideToUtf8(kCertificate)),
+       "", 1,
+       {"FAIL  4. message server: from the policy key's MessageServerURL, read as a legacy value",
+        "! no adapter certificate is configured"}},
+      {"stand-in runtime without classes", Healthy(), "--jvm", 1,
+       {"FAIL  5. Java side: machine created, 0 of 10 classes loaded",
+        "! class java/util/HashMap does not load: no Java exception",
+        "component error: Failed to load class com/corvane/zelmar/adapters/brixcommon/"
+        "communication/rmi/common/InstanceLoggerFactory.\n"}},
+      {"bad usage", Healthy(), "--timeout 0", 2, {"Usage: tarnix-rmi-check"}},
+  };
+  for (const Case& c : cases) Expect(c);
+}
+
+#else
+
+TEST(CheckTool, RealJavaMachineFindsTheJarsAndTheServer) {
+  hostsim::MessageServerOptions options;
+  options.java = CHECK_JAVA_HOME "/bin/java";
+  options.classPath = CHECK_SERVER_CLASSPATH;
+  hostsim::MessageServerProcess server(options);
+  ASSERT_TRUE(server.Running()) << server.Failure();
+  const std::string port = std::to_string(server.Port());
+  const Case cases[] = {
+      {"healthy", Healthy(CHECK_JAVA_HOME, CHECK_JAR_DIR, server.Url()), "--connect", 0,
+       {"PASS  5. Java side: machine created, 10 of 10 classes loaded",
+        "PASS  6. server reachable: the server at 127.0.0.1:" + port + " answers the lookup"}},
+      {"method of the wrong signature", Healthy(CHECK_JAVA_HOME, CHECK_WRONG_SIGNATURE_DIR, ""),
+       "--jvm", 1,
+       {"FAIL  5. Java side: machine created, 9 of 10 classes loaded",
+        "alias \"putMetric\": putMetric (Lcom/corvane/zelmar/adapters/brixcommon/datamodel/"
+        "Metric;)V does not resolve: java.lang.NoSuchMethodError",
+        "component error: Failed to load class com/corvane/zelmar/adapters/brixcommon/datamodel/"
+        "BaseRemoteApp.  java.lang.NoSuchMethodError"}},
+      {"server down", Healthy(CHECK_JAVA_HOME, CHECK_JAR_DIR, "rmi://127.0.0.1:1/M"),
+       "--connect --timeout 5", 1,
+       {"FAIL  6. server reachable: no connection to 127.0.0.1:1",
+        "failed: java.net.ConnectException"}},
+  };
+  for (const Case& c : cases) Expect(c);
+  EXPECT_TRUE(server.Received().empty()) << "a lookup sends no agent message";
+  EXPECT_TRUE(server.Stop());
+}
+
+#endif
+
+}  // namespace
+}  // namespace tarnix::testing
