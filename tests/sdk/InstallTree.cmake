@@ -17,9 +17,9 @@ set(expected
   share/doc/tarnix-rmi/integration.md share/doc/tarnix-rmi/examples/host/ExampleHost.cpp)
 if(WINDOWS)
   list(APPEND expected bin/tarnix-rmi.dll bin/tarnix-rmi.pdb bin/tarnix-rmi.debug
-       lib/tarnix-rmi.lib lib/tarnix-rmi.def)
+       lib/tarnix-rmi.lib lib/tarnix-rmi.def bin/tarnix-rmi-check.exe)
 else()
-  list(APPEND expected lib/libtarnix-rmi.so lib/libtarnix-platform.so
+  list(APPEND expected lib/libtarnix-rmi.so lib/libtarnix-platform.so bin/tarnix-rmi-check
        include/tarnix/posix/Types.h include/tarnix/posix/Com.h)
 endif()
 foreach(file ${expected})
@@ -41,6 +41,12 @@ if(NOT WINDOWS)
   execute_process(COMMAND objdump -p ${PREFIX}/lib/libtarnix-rmi.so OUTPUT_VARIABLE dynamic)
   if(NOT dynamic MATCHES "SONAME +libtarnix-rmi\\.so\\.6\n")
     message(SEND_ERROR "libtarnix-rmi.so names itself otherwise:\n${dynamic}")
+  endif()
+  # The operator runs the tool from the installed tree, with no library path set.
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH
+    ${PREFIX}/bin/tarnix-rmi-check --help RESULT_VARIABLE help OUTPUT_QUIET ERROR_VARIABLE why)
+  if(NOT help EQUAL 0)
+    message(SEND_ERROR "the installed tarnix-rmi-check does not run: ${help} ${why}")
   endif()
 endif()
 list(LENGTH installed count)
