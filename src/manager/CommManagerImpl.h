@@ -80,6 +80,9 @@ class CRMICommManagerImpl {
   tarnix::HostLog log_;
   tarnix::ComPtr<ISystemInfo> systemInfo_;
   std::atomic<uint16_t> state_{eStateNotInitialized};
+  // True while Initialize runs; read and written under the lock, so only the starting
+  // thread itself, called back by the host from inside start-up, can see it set.
+  bool startUpRunning_ = false;
   tarnix::CallbackRegistry callbacks_;
   // The configuration last pushed into the Java client.
   tarnix::CallbackKey currentConfig_;
