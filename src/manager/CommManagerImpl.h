@@ -64,6 +64,9 @@ class CRMICommManagerImpl {
   // Runs the one start-up attempt, or refuses when the state says there is no Java side.
   HRESULT EnsureStarted();
   HRESULT StartUp();
+  // Start-up's parts: the host's logger and system information, then the Java side.
+  HRESULT ObtainHostInterfaces();
+  HRESULT StartJava();
   void ArmCleaner();
   HRESULT PushServerConfig(const tarnix::CallbackKey& config);
   bool IsCurrentConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);

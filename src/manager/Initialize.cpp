@@ -37,6 +37,14 @@ HRESULT CRMICommManagerImpl::Initialize() {
   // The host's logger and system service run inside start-up on this thread and may call
   // back in; such a call is refused while the mark stands (see EnsureStarted).
   const StartUpMark mark(&startUpRunning_);
+  const HRESULT hr = ObtainHostInterfaces();
+  if (FAILED(hr)) return hr;
+  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is.
+  if (javaVM_) return S_OK;
+  return StartJava();
+}
+
+HRESULT CRMICommManagerImpl::ObtainHostInterfaces() {
   if (!log_.Get()) {
     tarnix::ComPtr<IHostLogger> logger;
     const HRESULT hr = tarnix::GetHostLogger(&logger);
@@ -52,9 +60,10 @@ HRESULT CRMICommManagerImpl::Initialize() {
       return hr;
     }
   }
-  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is.
-  if (javaVM_) return S_OK;
+  return S_OK;
+}
 
+HRESULT CRMICommManagerImpl::StartJava() {
   WString runtime;
   tarnix::GetJrePath(log_, &runtime);
   std::string classPath;
