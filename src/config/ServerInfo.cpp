@@ -1,6 +1,7 @@
 // Where the message server is: the legacy registry value, the key named by the XML
 // configuration, or the policy key of the product, tried in that order.
 #include "common/Bstr.h"
+#include "common/HResultError.h"
 #include "common/HostLog.h"
 #include "common/ProductName.h"
 #include "common/SystemService.h"
@@ -202,11 +203,9 @@ LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
   return GetUniqueId(info.Get(), serviceValue);
 }
 
-}  // namespace tarnix
+namespace {
 
-LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
-                                     WCHAR** certificate) {
-  using namespace tarnix;
+LONG LoadServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   ServerInfoOutputs outputs(url, serviceValue, certificate);
   LONG hr = outputs.Run(loadLegancyServerInfo);
   if (SUCCEEDED(hr)) return hr;
@@ -226,4 +225,14 @@ LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** servic
   });
   if (FAILED(hr)) log.ErrorWithCode(kLoadPolicyConfigFailed, hr);
   return hr;
+}
+
+}  // namespace
+}  // namespace tarnix
+
+// Lets out only exceptions that carry a result code, as every export does.
+LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
+                                     WCHAR** certificate) {
+  return tarnix::WithResultCodes(
+      [&] { return tarnix::LoadServerInfo(config, url, serviceValue, certificate); });
 }
