@@ -14,7 +14,7 @@ int StrToIntW(PCWSTR pszSrc) {
   if (!pszSrc) return 0;
   const WCHAR* p = pszSrc;
   const bool negative = *p == u'-';
-  if (negative || *p == u'+') ++p;
+  if (negative) ++p;
   uint32_t value = 0;
   for (; *p >= u'0' && *p <= u'9'; ++p) value = value * 10 + static_cast<uint32_t>(*p - u'0');
   return static_cast<int>(negative ? 0u - value : value);
