@@ -10,6 +10,7 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh >&2
 export JAVA_HOME=/usr/lib/jvm/java-17-openjdk-amd64
 SOAK_CALLS=${SOAK_CALLS:-1000000}
+FAILING_CALLS=${FAILING_CALLS:-100000}
 REPETITIONS=${REPETITIONS:-5}
 STARTS=${STARTS:-10}
 build=build/bench
@@ -19,6 +20,7 @@ mkdir -p "$results"
 echo "building $build (Release) ..." >&2
 cmake --preset linux -B "$build" -DCMAKE_BUILD_TYPE=Release -DTARNIX_BUILD_BENCH=ON >"$results/configure.log"
 cmake --build "$build" -j2 --target convert_bench dumpdata_bench startup_bench soak_bench \
+  failing_constructors_soak \
   >"$results/build.log"
 
 interleaved=(--benchmark_repetitions="$REPETITIONS" --benchmark_enable_random_interleaving=true
@@ -31,6 +33,8 @@ echo "start-up, $STARTS processes each ..." >&2
 "$build/bench/startup/startup_bench" "$STARTS" >"$results/startup.txt"
 echo "soak, $SOAK_CALLS calls ..." >&2
 "$build/bench/soak/soak_bench" "$SOAK_CALLS" >"$results/soak.txt"
+echo "soak of throwing constructors, $FAILING_CALLS calls ..." >&2
+"$build/bench/soak/failing_constructors_soak" "$FAILING_CALLS" >"$results/failing-soak.txt"
 
 python3 - "$results" <<'PY'
 import json, re, sys
@@ -93,6 +97,19 @@ if soak:
     if per_call:
         text += f" ({per_call[1]:.0f} us per call wall, {per_call[0]} failed)"
     rows.append((f"RSS and JVM global references over {last:,} `DumpData(eSample)` (3 sessions), stand-in client", text))
+failing = []
+with open(f"{results}/failing-soak.txt") as f:
+    for line in f:
+        m = re.match(r"calls (\d+) local_refs (-?\d+) global_refs (-?\d+) rss_kb (\d+)", line)
+        if m:
+            failing.append(tuple(int(v) for v in m.groups()))
+if failing:
+    last = failing[-1][0]
+    picks = [row for row in failing if row[0] in (0, last // 10, last)]
+    rows.append((f"{last:,} `DumpData` calls whose data-model constructors throw in turn, on the thread "
+                 "that started Java: its JNI local references, JVM global references, RSS",
+                 "; ".join(f"{calls:,} calls: {local} local, {refs} global refs, RSS {rss / 1024:.0f} MB"
+                           for calls, local, refs, rss in picks)))
 print("| what | figure |")
 print("|---|---|")
 for what, figure in rows:

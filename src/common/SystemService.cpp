@@ -21,11 +21,12 @@ HRESULT CreateSystemService(IHostSystemService** service) {
 namespace {
 
 // Queries `iid` from `source`, once more after a marshalling repair when the first answer
-// is E_NOINTERFACE. Answers the result of the last query made.
+// is E_NOINTERFACE. Answers the result of the last call made: a failed repair's own code.
 HRESULT QueryWithRepair(IUnknown* source, REFIID iid, void** object) {
-  HRESULT hr = source->QueryInterface(iid, object);
+  const HRESULT hr = source->QueryInterface(iid, object);
   if (hr != E_NOINTERFACE) return hr;
-  if (FAILED(EnsureProxyStubRegistration(iid))) return hr;
+  const HRESULT repaired = EnsureProxyStubRegistration(iid);
+  if (FAILED(repaired)) return repaired;
   return source->QueryInterface(iid, object);
 }
 

@@ -1,5 +1,6 @@
 // Finding the registry path of the message server in the host's XML configuration.
 #include "common/Bstr.h"
+#include "common/HResultError.h"
 #include "config/ServerConfig.h"
 #include "platform/ComPtr.h"
 #include "platform/ScopedBstr.h"
@@ -90,10 +91,9 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
   return ReadEntry(document.Get(), text);
 }
 
-}  // namespace tarnix
+namespace {
 
-LONG CRMIConfigLoader::GetConfigContent(VARIANT config, VARIANT* content) {
-  using namespace tarnix;
+LONG CopyConfigContent(VARIANT config, VARIANT* content) {
   ScopedBstr text;
   const HRESULT found = FindServerConfigRegistry(config, text.Receive());
   if (FAILED(found)) return found;
@@ -113,4 +113,12 @@ LONG CRMIConfigLoader::GetConfigContent(VARIANT config, VARIANT* content) {
   ScopedVariant owned;
   owned.Reset(value);
   return VariantCopy(content, owned.AsInput());
+}
+
+}  // namespace
+}  // namespace tarnix
+
+// Lets out only exceptions that carry a result code, as every export does.
+LONG CRMIConfigLoader::GetConfigContent(VARIANT config, VARIANT* content) {
+  return tarnix::WithResultCodes([&] { return tarnix::CopyConfigContent(config, content); });
 }

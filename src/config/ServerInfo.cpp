@@ -1,6 +1,7 @@
 // Where the message server is: the legacy registry value, the key named by the XML
 // configuration, or the policy key of the product, tried in that order.
 #include "common/Bstr.h"
+#include "common/HResultError.h"
 #include "common/HostLog.h"
 #include "common/ProductName.h"
 #include "common/SystemService.h"
@@ -259,5 +260,7 @@ LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR**
 
 LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
                                      WCHAR** certificate) {
-  return tarnix::LookUpServerInfo(config, url, serviceValue, certificate, nullptr);
+  // Lets out only exceptions that carry a result code, as every export does.
+  return tarnix::WithResultCodes(
+      [&] { return tarnix::LookUpServerInfo(config, url, serviceValue, certificate, nullptr); });
 }

@@ -1,5 +1,7 @@
 #include "convert/Conversion.h"
 
+#include "common/FormatText.h"
+
 #include <ctime>
 
 #ifndef _WIN32
@@ -27,7 +29,17 @@ std::tm CalendarOf(const UDATE& parts) {
 
 #ifdef _WIN32
 
+// Microsoft's runtime may treat a year before 1900 as an invalid parameter, whose default
+// handler ends the process. Such a date (the host's "no time", 1899-12-30, among them) is
+// written here instead, in the layout the runtime's C locale gives "%c".
+WString FormatBefore1900(const std::tm& calendar) {
+  return FormatText(WSTR("%02d/%02d/%02d %02d:%02d:%02d"), calendar.tm_mon + 1, calendar.tm_mday,
+                    (calendar.tm_year + 1900) % 100, calendar.tm_hour, calendar.tm_min,
+                    calendar.tm_sec);
+}
+
 WString Format(const std::tm& calendar) {
+  if (calendar.tm_year < 0) return FormatBefore1900(calendar);
   wchar_t buffer[kLabelCapacity] = {};
   wcsftime(buffer, kLabelCapacity, L"%c", &calendar);
   return buffer;

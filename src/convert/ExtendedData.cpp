@@ -1,9 +1,33 @@
 #include "convert/Converters.h"
 
+#include "jni/LocalRef.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
 
 namespace tarnix::convert {
+namespace {
+
+// The first Java exception of a run of calls, cleared as it comes so the run goes on, and
+// raised again when the run is over. Later exceptions are cleared and dropped.
+class FirstException {
+ public:
+  explicit FirstException(JNIEnv* env) : env_(env) {}
+  void Hold() {
+    if (!env_ || !env_->ExceptionCheck()) return;
+    LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
+    env_->ExceptionClear();
+    if (!first_) first_ = std::move(thrown);
+  }
+  void Raise() const {
+    if (first_) env_->Throw(first_.Get());
+  }
+
+ private:
+  JNIEnv* env_;
+  LocalRef<jthrowable> first_;
+};
+
+}  // namespace
 
 LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   if (!attributes) return std::nullopt;
@@ -14,18 +38,19 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   if (!map) return std::nullopt;
   ComPtr<IHostEnumerator> items;
   if (FAILED(attributes->get_Enumerator(items.Receive()))) return std::nullopt;
+  // A "put" that threw is not the end of the map: its exception is held aside while the
+  // later attributes go in, and left pending at the end for the caller's send-failure line.
+  FirstException failedPut(c.Vm().GetEnv());
   ScopedBstr name;
   ScopedVariant value;
   while (items && items->Next(name.Receive(), value.Receive()) == S_OK) {
-    // A "put" that threw leaves its exception to the caller, whose send-failure line
-    // reports it; no further Java call may be made while it is pending, so the remaining
-    // attributes are only walked.
-    if (c.ExceptionPending()) continue;
     LocalString key = c.String(View(name.Get()));
     const bool isText = SUCCEEDED(value.ChangeType(VT_BSTR));
     LocalString text = c.String(isText ? View(value.Get().bstrVal) : WStringView());
     if (key && text) map->CallVoidMethod("put", *key, *text);
+    failedPut.Hold();
   }
+  failedPut.Raise();
   return map;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/HResultError.h"
 #include "platform/Win32.h"
 
 #include <tuple>
@@ -13,11 +14,13 @@ struct CallbackKey {
   WString second;
   WString third;
 
-  // A null string is held as empty.
+  // A null string is held as empty. A copy that cannot be made throws HResultError.
   static CallbackKey From(const WCHAR* first, const WCHAR* second, const WCHAR* third) {
-    return {Held(first), Held(second), Held(third)};
+    return WithResultCodes([&] { return CallbackKey{Held(first), Held(second), Held(third)}; });
   }
-  static WString Held(const WCHAR* text) { return text ? WString(text) : WString(); }
+  static WString Held(const WCHAR* text) {
+    return WithResultCodes([text] { return text ? WString(text) : WString(); });
+  }
 
   // Code unit by code unit, first string first: no locale and no case folding, so two
   // keys are the same key only when the host passed the same texts.

@@ -37,6 +37,13 @@ HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
   return S_OK;
 }
 
+// The exception of an attribute the map refused, cleared; the map holds the others.
+std::optional<WString> RefusedAttribute(CJavaVM& machine) {
+  WString failure;
+  if (!machine.GetExceptionText(failure)) return std::nullopt;
+  return failure;
+}
+
 }  // namespace
 
 DispatchOutcome SendSample(const DispatchCall& call) {
@@ -72,11 +79,14 @@ DispatchOutcome SendExtendedData(const DispatchCall& call) {
   const CJNIConvertor convertor(call.log.Get());
   const std::shared_ptr<CJavaObject> map = convertor.GetExtendedData(call.machine, attributes.Get());
   if (!map) return {E_FAIL, nullptr};
+  std::optional<WString> refused = RefusedAttribute(*call.machine);
   const std::shared_ptr<CJavaObject> javaSample = convertor.GetExtendedSample(
       call.machine, QueryData<IHostSample>(call.data, IID_IHostSample).Get(), extendedMetrics.Get());
-  if (!javaSample) return {E_FAIL, nullptr};
-  return {S_OK, call.client.CallStringMethod("onExtendedDataCollected", *connection.object, *map,
-                                             *javaSample)};
+  if (!javaSample) return {E_FAIL, nullptr, std::move(refused)};
+  return {S_OK,
+          call.client.CallStringMethod("onExtendedDataCollected", *connection.object, *map,
+                                       *javaSample),
+          std::move(refused)};
 }
 
 DispatchOutcome SendTraceRoute(const DispatchCall& call) {
@@ -104,6 +114,7 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
     call.log.Error(WSTR("Failed to GetMetadata for traceroute msg"));
     return {E_FAIL, nullptr};
   }
+  std::optional<WString> refused = RefusedAttribute(*call.machine);
   ScopedVariant routeText;
   std::shared_ptr<CJavaString> javaRoute;
   if (SUCCEEDED(VariantChangeType(routeText.Receive(), const_cast<VARIANT*>(&route.Get()), 0,
@@ -113,10 +124,11 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   }
   if (!javaRoute) {
     call.log.Error(WSTR("No traceResult."));
-    return {E_FAIL, nullptr};
+    return {E_FAIL, nullptr, std::move(refused)};
   }
   return {S_OK,
-          call.client.CallStringMethod("onActionPerformed", *connection.object, *map, *javaRoute)};
+          call.client.CallStringMethod("onActionPerformed", *connection.object, *map, *javaRoute),
+          std::move(refused)};
 }
 
 DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
@@ -125,7 +137,7 @@ DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
   // The desktop is converted to prove it can be, but the poll does not carry it.
   const Converted desktop = ConvertDesktop(call);
   if (!desktop) return desktop.Failure();
-  const std::shared_ptr<CJavaString> empty = call.machine->NewString(WString());
+  const std::shared_ptr<CJavaString> empty = RequiredString(*call.machine, WString());
   if (!empty) return {E_FAIL, nullptr};
   return {S_OK,
           call.client.CallStringMethod("onDesktopPoll", *connection.object, JavaNumber(call), *empty)};

@@ -3,6 +3,7 @@
 #include "common/Bstr.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaVM.h"
+#include "jni/LocalFrame.h"
 #include "manager/ManagerMessages.h"
 
 #if defined(__SANITIZE_ADDRESS__) && !defined(_MSC_VER)
@@ -129,6 +130,10 @@ HRESULT CRMICommManagerImpl::EnsureStarted() {
         return E_FAIL;
       default: {
         std::lock_guard<std::recursive_mutex> lock(lock_);
+        // The host called back from inside start-up (its logger, say). A second start-up
+        // here would replace the machine the first is building; the call is refused as
+        // a failed start is, and the caller's line reports it. Start-up goes on unharmed.
+        if (startUpRunning_) return E_FAIL;
         // Another thread may have started (or failed to) while this one waited.
         if (state_.load() == eStateNotInitialized) return StartUp();
       }
@@ -157,7 +162,8 @@ void CRMICommManagerImpl::ArmCleaner() {
 
 LONG CRMICommManagerImpl::Teardown() {
   std::lock_guard<std::recursive_mutex> lock(lock_);
-  if (messageClient_) {
+  if (messageClient_ && javaVM_) {
+    const tarnix::LocalFrame frame(javaVM_->GetEnv());
     messageClient_->CallVoidMethod("dispose");
     // Nobody is told about a failed dispose, but its exception must not stay pending.
     WString ignored;

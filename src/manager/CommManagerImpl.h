@@ -64,6 +64,9 @@ class CRMICommManagerImpl {
   // Runs the one start-up attempt, or refuses when the state says there is no Java side.
   HRESULT EnsureStarted();
   HRESULT StartUp();
+  // Start-up's parts: the host's logger and system information, then the Java side.
+  HRESULT ObtainHostInterfaces();
+  HRESULT StartJava();
   void ArmCleaner();
   HRESULT PushServerConfig(const tarnix::CallbackKey& config);
   bool IsCurrentConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
@@ -80,6 +83,9 @@ class CRMICommManagerImpl {
   tarnix::HostLog log_;
   tarnix::ComPtr<ISystemInfo> systemInfo_;
   std::atomic<uint16_t> state_{eStateNotInitialized};
+  // True while Initialize runs; read and written under the lock, so only the starting
+  // thread itself, called back by the host from inside start-up, can see it set.
+  bool startUpRunning_ = false;
   tarnix::CallbackRegistry callbacks_;
   // The configuration last pushed into the Java client.
   tarnix::CallbackKey currentConfig_;

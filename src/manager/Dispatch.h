@@ -8,6 +8,8 @@
 #include "tarnix/DataInterfaces.h"
 
 #include <memory>
+#include <optional>
+#include <utility>
 
 class CJavaVM;
 class CJavaObject;
@@ -32,8 +34,16 @@ struct DispatchCall {
 // What sending gave: a failure before the Java client was reached, or the client's
 // answer (empty for messages without one; the Java string may be null).
 struct DispatchOutcome {
+  DispatchOutcome() = default;
+  DispatchOutcome(HRESULT result, std::shared_ptr<CJavaString> answer,
+                  std::optional<WString> failure = std::nullopt)
+      : result(result), answer(std::move(answer)), failure(std::move(failure)) {}
+
   HRESULT result = S_OK;
   std::shared_ptr<CJavaString> answer;
+  // A Java failure on the way that did not stop the message (an attribute the map
+  // refused); the call ends in its send-failure line all the same.
+  std::optional<WString> failure;
 };
 
 using DataSender = DispatchOutcome (*)(const DispatchCall& call);

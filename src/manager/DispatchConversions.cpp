@@ -3,6 +3,7 @@
 #include "common/HResultError.h"
 #include "convert/DesktopConnection.h"
 #include "convert/JNIConvertor.h"
+#include "jni/JavaVM.h"
 
 namespace tarnix {
 namespace {
@@ -35,6 +36,16 @@ Converted ConvertDesktop(const DispatchCall& call) {
     // An adapter list the host could not give ends the call with the host's reason.
     return {nullptr, error.Code()};
   }
+}
+
+std::shared_ptr<CJavaString> RequiredString(CJavaVM& machine, const WString& text) {
+  std::shared_ptr<CJavaString> string = machine.NewString(text);
+  if (string) return string;
+  // Left pending, the exception would be reported as a failed send, perhaps even as a
+  // network failure the host would retry.
+  WString ignored;
+  machine.GetExceptionText(ignored);
+  return nullptr;
 }
 
 }  // namespace tarnix

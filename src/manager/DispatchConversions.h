@@ -9,6 +9,8 @@
 #include <memory>
 
 class CJavaObject;
+class CJavaString;
+class CJavaVM;
 
 namespace tarnix {
 
@@ -26,6 +28,10 @@ Converted ConvertConnection(const DispatchCall& call);
 // The call's user session; fails when the data is not one.
 Converted ConvertSession(const DispatchCall& call);
 Converted ConvertDesktop(const DispatchCall& call);
+
+// A Java string the message cannot go without. Empty when it cannot be made, with no
+// exception left pending: the call then ends as for any missing Java object, silently.
+std::shared_ptr<CJavaString> RequiredString(CJavaVM& machine, const WString& text);
 
 // The number of the call as the Java long it is passed as, bit for bit.
 inline jlong JavaNumber(const DispatchCall& call) { return static_cast<jlong>(call.number); }

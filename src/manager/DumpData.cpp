@@ -5,6 +5,7 @@
 #include "jni/ExceptionText.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"
+#include "jni/LocalFrame.h"
 #include "manager/AnswerDelivery.h"
 #include "manager/DataTypeName.h"
 #include "manager/Dispatch.h"
@@ -54,6 +55,7 @@ LONG CRMICommManagerImpl::DumpData(const WCHAR* first, const WCHAR* second, cons
   if (!javaVM_ || !messageClient_) return tarnix::kJavaNotRunning;
 
   const CJavaVM::ThreadDetachGuard detach = javaVM_->AttachForScope();
+  const tarnix::LocalFrame frame(javaVM_->GetEnv());
   tarnix::ComPtr<IHostUserSession> session;
   if (data) data->QueryInterface(IID_IHostUserSession, session.ReceiveVoid());
   const DispatchCall call{javaVM_, *messageClient_, log_, systemInfo_.Get(), identity,
@@ -64,6 +66,7 @@ LONG CRMICommManagerImpl::DumpData(const WCHAR* first, const WCHAR* second, cons
   // Whatever went wrong in Java, its exception is not left pending on the host's thread.
   WString failure;
   if (javaVM_->GetExceptionText(failure)) return ReportSendFailure(call, failure);
+  if (outcome.failure) return ReportSendFailure(call, *outcome.failure);
   if (FAILED(outcome.result)) return outcome.result;
   WString answer;
   if (!outcome.answer || !outcome.answer->GetText(answer)) return identity.componentsResult;

@@ -6,6 +6,7 @@
 #include "jni/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaVM.h"
+#include "jni/LocalFrame.h"
 #include "manager/AgentRegistry.h"
 #include "manager/JavaStartup.h"
 #include "manager/ManagerMessages.h"
@@ -15,8 +16,35 @@
 
 using tarnix::classes::kClassTable;
 
+namespace {
+
+// Marks the start-up as running for as long as it runs, also when it ends by an exception.
+class StartUpMark {
+ public:
+  explicit StartUpMark(bool* running) : running_(running) { *running_ = true; }
+  ~StartUpMark() { *running_ = false; }
+  StartUpMark(const StartUpMark&) = delete;
+  StartUpMark& operator=(const StartUpMark&) = delete;
+
+ private:
+  bool* running_;
+};
+
+}  // namespace
+
 HRESULT CRMICommManagerImpl::Initialize() {
   std::lock_guard<std::recursive_mutex> lock(lock_);
+  // The host's logger and system service run inside start-up on this thread and may call
+  // back in; such a call is refused while the mark stands (see EnsureStarted).
+  const StartUpMark mark(&startUpRunning_);
+  const HRESULT hr = ObtainHostInterfaces();
+  if (FAILED(hr)) return hr;
+  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is.
+  if (javaVM_) return S_OK;
+  return StartJava();
+}
+
+HRESULT CRMICommManagerImpl::ObtainHostInterfaces() {
   if (!log_.Get()) {
     tarnix::ComPtr<IHostLogger> logger;
     const HRESULT hr = tarnix::GetHostLogger(&logger);
@@ -32,15 +60,21 @@ HRESULT CRMICommManagerImpl::Initialize() {
       return hr;
     }
   }
-  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is.
-  if (javaVM_) return S_OK;
+  return S_OK;
+}
 
+HRESULT CRMICommManagerImpl::StartJava() {
   WString runtime;
   tarnix::GetJrePath(log_, &runtime);
   std::string classPath;
   tarnix::GetClassPath(log_, &classPath);
+  // A machine that runs is never replaced: destroying it would pull Java out from under
+  // everything made on it.
+  if (javaVM_) return S_OK;
   javaVM_ = std::make_shared<CJavaVM>(runtime);
   if (tarnix::CreateJavaMachine(*javaVM_, log_, classPath) != 0) return E_FAIL;
+  // The start-up's own references go with it; what it keeps is held globally.
+  const tarnix::LocalFrame frame(javaVM_->GetEnv());
   const HRESULT hr = StartLoggerFactory();
   return FAILED(hr) ? hr : StartMessageClient();
 }

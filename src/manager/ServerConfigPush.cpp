@@ -4,6 +4,7 @@
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"
+#include "jni/LocalFrame.h"
 #include "manager/AgentRegistry.h"
 #include "manager/JavaStartup.h"
 #include "manager/ManagerMessages.h"
@@ -57,6 +58,7 @@ HRESULT CRMICommManagerImpl::PushServerConfig(const CallbackKey& config) {
   if (FAILED(read)) return read;
 
   const CJavaVM::ThreadDetachGuard detach = machine->AttachForScope();
+  const tarnix::LocalFrame frame(machine->GetEnv());
   const auto url = machine->NewString(config.first);
   if (!url) {
     log_.Error(tarnix::messages::kJavaStringFailed, config.first,

@@ -9,8 +9,7 @@ namespace tarnix {
 
 DispatchOutcome SendStartup(const DispatchCall& call) {
   const WString description = MakeClientDescription(call.systemInfo, call.identity);
-  const std::shared_ptr<CJavaString> text = call.machine->NewString(description);
-  // The failed string's exception stays pending: the send failure reports it.
+  const std::shared_ptr<CJavaString> text = RequiredString(*call.machine, description);
   if (!text) return {E_FAIL, nullptr};
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();

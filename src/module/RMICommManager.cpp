@@ -2,6 +2,7 @@
 // first use.
 #include "tarnix/RMICommManager.h"
 
+#include "common/HResultError.h"
 #include "manager/CommManagerImpl.h"
 #include "module/HostString.h"
 
@@ -17,19 +18,23 @@ CRMICommManager& CRMICommManager::GetInstance() {
 
 CRMICommManagerImpl* CRMICommManager::GetImpl() {
   if (CRMICommManagerImpl* existing = implementation_.load()) return existing;
-  std::lock_guard<std::mutex> lock(creationLock_);
-  CRMICommManagerImpl* current = implementation_.load();
-  if (!current) {
-    current = new CRMICommManagerImpl();
-    delete implementation_.exchange(current);
-  }
-  return current;
+  return tarnix::WithResultCodes([this] {
+    std::lock_guard<std::mutex> lock(creationLock_);
+    CRMICommManagerImpl* current = implementation_.load();
+    if (!current) {
+      current = new CRMICommManagerImpl();
+      delete implementation_.exchange(current);
+    }
+    return current;
+  });
 }
 
+// Every export lets out only exceptions that carry a result code.
 template <class T>
 LONG CRMICommManager::DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third,
                                ULONGLONG number, unsigned char dataType, T* data) {
-  return GetImpl()->DumpData(first, second, third, number, dataType, data);
+  return tarnix::WithResultCodes(
+      [&] { return GetImpl()->DumpData(first, second, third, number, dataType, data); });
 }
 
 // The one instance the host links against.
@@ -39,11 +44,15 @@ template LONG CRMICommManager::DumpData<IUnknown>(const WCHAR*, const WCHAR*, co
 LONG CRMICommManager::RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
                                                const WCHAR* third, IDataDumpCallback* callback) {
   const tarnix::HostString firstCopy(first), secondCopy(second), thirdCopy(third);
-  return GetImpl()->Register(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+  return tarnix::WithResultCodes([&] {
+    return GetImpl()->Register(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+  });
 }
 
 LONG CRMICommManager::UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
                                                  const WCHAR* third, IDataDumpCallback* callback) {
   const tarnix::HostString firstCopy(first), secondCopy(second), thirdCopy(third);
-  return GetImpl()->Unregister(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+  return tarnix::WithResultCodes([&] {
+    return GetImpl()->Unregister(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+  });
 }

@@ -20,6 +20,8 @@ StubCounts g_counts = {};
 jboolean JNICALL ExceptionCheck(JNIEnv*) { return JNI_FALSE; }
 jthrowable JNICALL ExceptionOccurred(JNIEnv*) { return nullptr; }
 void JNICALL ExceptionClear(JNIEnv*) {}
+jint JNICALL PushLocalFrame(JNIEnv*, jint) { return JNI_OK; }
+jobject JNICALL PopLocalFrame(JNIEnv*, jobject) { return nullptr; }
 jclass JNICALL FindClass(JNIEnv*, const char*) {
   ++g_counts.findClassCalls;
   return nullptr;
@@ -31,6 +33,8 @@ JNINativeInterface_ MakeEnvTable() {
   table.ExceptionOccurred = ExceptionOccurred;
   table.ExceptionClear = ExceptionClear;
   table.FindClass = FindClass;
+  table.PushLocalFrame = PushLocalFrame;
+  table.PopLocalFrame = PopLocalFrame;
   return table;
 }
 JNINativeInterface_ g_envTable = MakeEnvTable();

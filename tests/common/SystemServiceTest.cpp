@@ -80,6 +80,25 @@ TEST_F(SystemServiceTest, TheObjectFromGetServiceIsQueriedAgainAfterARepair) {
   EXPECT_EQ(Service().IntermediateQueries(IID_IHostActionExecutor), 2);
 }
 
+TEST_F(SystemServiceTest, ARepairThatFailsAfterGetServiceGivesItsOwnCode) {
+  auto executor = MakeFake<testing::FakeActionExecutor>();
+  Service().Offer(IID_IHostActionExecutor, executor, ServiceRoute::GetService);
+  // A repair that cannot write (a volatile key takes no lasting subkey) is the last call
+  // made: its code is the answer, and the object is not queried again.
+  ComPtr<IHostActionExecutor> obtained;
+  HKEY blocking = nullptr;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT,
+                            InterfaceKey(WSTR("{545A3670-9230-4402-838F-4AC388270E6A}")).c_str(),
+                            0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &blocking,
+                            nullptr),
+            ERROR_SUCCESS);
+  RegCloseKey(blocking);
+  Service().ScriptIntermediateQuery(IID_IHostActionExecutor, {E_NOINTERFACE}, ERROR_ACCESS_DENIED);
+  EXPECT_EQ(GetActionExecutor(&obtained), E_ACCESSDENIED);
+  EXPECT_FALSE(obtained);
+  EXPECT_EQ(Service().IntermediateQueries(IID_IHostActionExecutor), 1);
+}
+
 TEST_F(SystemServiceTest, TheLastFailureIsAnsweredAndNothingIsHeld) {
   ComPtr<IHostActionExecutor> executor;
   // Not offered at all: GetService's own answer.

@@ -152,6 +152,7 @@ TEST(Kernel, StrToIntReadsLeadingDigitsOnly) {
   EXPECT_EQ(StrToIntW(WSTR("12abc")), 12);
   EXPECT_EQ(StrToIntW(WSTR(" 5")), 0);
   EXPECT_EQ(StrToIntW(WSTR("-7x")), -7);
+  EXPECT_EQ(StrToIntW(WSTR("+5")), 0);  // a minus sign is taken, a plus is not
   EXPECT_EQ(StrToIntW(WSTR("")), 0);
   EXPECT_EQ(StrToIntW(WSTR("0x10")), 0);
   EXPECT_EQ(StrToIntW(WSTR("2147483647")), 2147483647);

@@ -26,6 +26,8 @@ TEST(OleDate, DatesBecomeCalendarTimesAndFileTimes) {
       // Whole seconds: 0.4 s rounds down, 0.6 s up.
       {36526.0 + 10.4 / 86400, 2000, 1, 1, 0, 0, 10, 6, 125911584100000000ull},
       {36526.0 + 10.6 / 86400, 2000, 1, 1, 0, 0, 11, 6, 125911584110000000ull},
+      // Half a second less a rounding error already rounds up.
+      {36526.000005787035, 2000, 1, 1, 0, 0, 1, 6, 125911584010000000ull},
   };
   for (const Expected& c : cases) {
     SCOPED_TRACE(c.date);

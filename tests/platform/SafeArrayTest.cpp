@@ -155,6 +155,11 @@ TEST(SafeArray, TwoDimensionsKeepTheirOwnBounds) {
   ASSERT_EQ(SafeArrayAccessData(array.Get(), &data), S_OK);
   EXPECT_EQ(static_cast<LONG*>(data)[1], 77);
   SafeArrayUnaccessData(array.Get());
+  // Read as a list, it is its first dimension.
+  const ScopedSafeArrayAccess<LONG> first(array.Get());
+  ASSERT_TRUE(first.Valid());
+  EXPECT_EQ(first.size(), 2u);
+  EXPECT_EQ(first[1], 77);
 }
 
 TEST(SafeArray, RecordArraysClearEveryRecordAndHoldOneReferenceToTheirRecordInfo) {

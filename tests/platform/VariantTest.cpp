@@ -60,6 +60,7 @@ TEST(Variant, ChangeTypeToTextGivesTheSystemsTextForEveryTypeTheComponentConvert
 
   EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; })), "-1");
   EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_FALSE; })), "0");
+  EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = 1; })), "1");  // as a short
   EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }), VARIANT_ALPHABOOL), "True");
   EXPECT_EQ(AsText(Make(VT_CY, [](VARIANT& v) { v.cyVal.int64 = 15000; })), "1.5");
   EXPECT_EQ(AsText(Make(VT_EMPTY, [](VARIANT&) {})), "");
@@ -115,6 +116,8 @@ TEST(Variant, NumbersConvertWithBankersRoundingAndReportOverflow) {
   EXPECT_EQ(toI4(Make(VT_R8, [](VARIANT& v) { v.dblVal = 3e9; }), &value), DISP_E_OVERFLOW);
   ASSERT_EQ(toI4(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }), &value), S_OK);
   EXPECT_EQ(value, -1);
+  ASSERT_EQ(toI4(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = 1; }), &value), S_OK);
+  EXPECT_EQ(value, 1);
   ASSERT_EQ(toI4(Make(VT_EMPTY, [](VARIANT&) {}), &value), S_OK);
   EXPECT_EQ(value, 0);
   EXPECT_EQ(toI4(Make(VT_NULL, [](VARIANT&) {}), &value), DISP_E_TYPEMISMATCH);

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <jni.h>
+#include <jvmti.h>
 
 #include <fstream>
 #include <regex>
@@ -106,6 +107,58 @@ long JniGlobalReferences(const std::string& runtimeLibrary) {
   std::smatch match;
   static const std::regex count("JNI global refs: ([0-9]+)");
   return std::regex_search(dump, match, count) ? std::stol(match[1]) : -1;
+}
+
+namespace {
+
+// Marks the asking thread's object while the roots are walked.
+constexpr jlong kAskingThreadTag = 0x51A7;
+
+jint JNICALL CountLocalRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo* info,
+                            jlong, jlong, jlong, jlong*, jlong*, jint, void* count) {
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL && info->jni_local.thread_tag == kAskingThreadTag) {
+    ++*static_cast<long*>(count);
+  }
+  return 0;  // the roots are all that is counted: nothing is followed further
+}
+
+long CountLocalRoots(jvmtiEnv* ti) {
+  jvmtiCapabilities capabilities{};
+  capabilities.can_tag_objects = 1;
+  jthread thread = nullptr;
+  if (ti->AddCapabilities(&capabilities) != JVMTI_ERROR_NONE ||
+      ti->GetCurrentThread(&thread) != JVMTI_ERROR_NONE ||
+      ti->SetTag(thread, kAskingThreadTag) != JVMTI_ERROR_NONE) {
+    return -1;
+  }
+  jvmtiHeapCallbacks callbacks{};
+  callbacks.heap_reference_callback = CountLocalRoot;
+  long count = 0;
+  if (ti->FollowReferences(0, nullptr, nullptr, &callbacks, &count) != JVMTI_ERROR_NONE) count = -1;
+  ti->SetTag(thread, 0);
+  return count;
+}
+
+}  // namespace
+
+long JniLocalReferencesOfThisThread(const std::string& runtimeLibrary) {
+  JavaVM* vm = RunningJavaVM(runtimeLibrary);
+  JNIEnv* env = nullptr;
+  jvmtiEnv* ti = nullptr;
+  if (!vm || vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6) != JNI_OK ||
+      vm->GetEnv(reinterpret_cast<void**>(&ti), JVMTI_VERSION_1_2) != JNI_OK) {
+    return -1;
+  }
+  // The thread reference GetCurrentThread makes lives in this frame, and goes with it.
+  if (env->PushLocalFrame(4) != JNI_OK) {
+    env->ExceptionClear();
+    ti->DisposeEnvironment();
+    return -1;
+  }
+  const long count = CountLocalRoots(ti);
+  env->PopLocalFrame(nullptr);
+  ti->DisposeEnvironment();
+  return count;
 }
 
 long ResidentKilobytes() {

@@ -10,6 +10,11 @@ namespace tarnix::hostsim {
 // it would not say. `runtimeLibrary` is the libjvm the component loaded.
 long JniGlobalReferences(const std::string& runtimeLibrary);
 
+// The JNI local references the calling thread holds (which must be attached), as JVMTI
+// reports them: the roots of kind JNI_LOCAL that name this thread. -1 when the JVM will not
+// say. The count includes the one reference the question itself holds.
+long JniLocalReferencesOfThisThread(const std::string& runtimeLibrary);
+
 // The process's resident set in kilobytes (0 when unknown).
 long ResidentKilobytes();
 

@@ -163,7 +163,8 @@ HRESULT ToNumber(const VARIANT& v, USHORT flags, bool forBool, Number* out) {
     case VT_R8: *out = Number::Real(v.dblVal); return S_OK;
     case VT_DATE: *out = Number::Real(v.date); return S_OK;
     case VT_CY: *out = Number::Real(static_cast<double>(v.cyVal.int64) / 10000.0); return S_OK;
-    case VT_BOOL: *out = Number::Signed(v.boolVal ? -1 : 0); return S_OK;
+    // Whatever short it holds, as Windows converts it: a VT_BOOL of 1 is the number 1.
+    case VT_BOOL: *out = Number::Signed(v.boolVal); return S_OK;
     case VT_BSTR:
       if (ParseNumber(v.bstrVal, out)) {
         return out->kind == Number::kReal && std::isinf(out->d) ? DISP_E_OVERFLOW : S_OK;
@@ -341,7 +342,7 @@ HRESULT ToText(const VARIANT& v, USHORT flags, std::string* out) {
       if (flags & (VARIANT_ALPHABOOL | VARIANT_LOCALBOOL)) {
         *out = v.boolVal ? "True" : "False";
       } else {
-        *out = v.boolVal ? "-1" : "0";
+        *out = std::to_string(v.boolVal);  // as a short: VARIANT_TRUE is "-1", a 1 is "1"
       }
       return S_OK;
     case VT_UNKNOWN:

@@ -76,7 +76,12 @@ bool OleDateToSystemTime(double date, SYSTEMTIME* out) {
   if (!(date >= kMinDate && date < kMaxDateExclusive)) return false;
   const double whole = std::trunc(date);
   int64_t days = static_cast<int64_t>(whole) + kOleEpochDays;
-  int64_t second = static_cast<int64_t>(std::floor(std::fabs(date - whole) * kSecondsPerDay + 0.5));
+  // Windows adds a hair to the fraction before it rounds, so a time a hair under half a
+  // second (as a computed date often is) already counts as the next second.
+  constexpr double kHair = 1e-11;
+  double fraction = std::fabs(date - whole) + kHair;
+  if (fraction >= 1.0) fraction -= kHair;
+  int64_t second = static_cast<int64_t>(std::floor(fraction * kSecondsPerDay + 0.5));
   if (second >= kSecondsPerDay) {
     second -= kSecondsPerDay;
     ++days;

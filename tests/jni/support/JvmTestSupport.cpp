@@ -7,6 +7,7 @@
 #include "platform/WideText.h"
 
 #include <gtest/gtest.h>
+#include <jvmti.h>
 
 namespace tarnix::testing {
 
@@ -153,5 +154,66 @@ void JavaControl::ClearCalls() { CallStatic(kCalls, "clear", "()V", {}); }
 std::string JavaControl::Describe(jobject object) {
   return CallStaticString(kText, "of", "(Ljava/lang/Object;)Ljava/lang/String;", {Object(object)});
 }
+
+namespace {
+
+constexpr jlong kHeldMapTag = 0x7A9;
+
+jint JNICALL TagLocallyHeld(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong,
+                            jlong, jlong, jlong* tag, jlong*, jint, void*) {
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL) *tag = kHeldMapTag;
+  return 0;  // the roots are all that matter
+}
+
+// The one HashMap a JNI local reference holds; empty (the test failed) otherwise.
+LocalRef<jobject> LocallyHeldMap(CJavaVM& vm, jvmtiEnv* ti, jclass mapClass) {
+  jvmtiCapabilities capabilities{};
+  capabilities.can_tag_objects = 1;
+  jvmtiHeapCallbacks callbacks{};
+  callbacks.heap_reference_callback = TagLocallyHeld;
+  jint count = 0;
+  jobject* maps = nullptr;
+  if (ti->AddCapabilities(&capabilities) != JVMTI_ERROR_NONE ||
+      ti->FollowReferences(0, mapClass, nullptr, &callbacks, nullptr) != JVMTI_ERROR_NONE ||
+      ti->GetObjectsWithTags(1, &kHeldMapTag, &count, &maps, nullptr) != JVMTI_ERROR_NONE) {
+    ADD_FAILURE() << "JVMTI would not find the map";
+    return {};
+  }
+  std::vector<LocalRef<jobject>> found;
+  for (jint i = 0; i < count; ++i) found.emplace_back(vm.GetEnv(), maps[i]);
+  ti->Deallocate(reinterpret_cast<unsigned char*>(maps));
+  if (count != 1) {
+    ADD_FAILURE() << count << " locally held HashMaps, not the converter's one";
+    return {};
+  }
+  ti->SetTag(found[0].Get(), 0);
+  return std::move(found[0]);
+}
+
+void SetTable(JNIEnv* env, jobject map, jobject table) {
+  LocalRef<jclass> mapClass(env, env->FindClass("java/util/HashMap"));
+  const jfieldID field = env->GetFieldID(mapClass.Get(), "table", "[Ljava/util/HashMap$Node;");
+  ASSERT_NE(field, nullptr);
+  env->SetObjectField(map, field, table);
+}
+
+}  // namespace
+
+GlobalRef<jobject> BreakLocallyHeldMap(CJavaVM& vm) {
+  jvmtiEnv* ti = nullptr;
+  EXPECT_EQ(vm.GetJavaVM()->GetEnv(reinterpret_cast<void**>(&ti), JVMTI_VERSION_1_2), JNI_OK);
+  if (!ti) return {};
+  JNIEnv* env = vm.GetEnv();
+  LocalRef<jclass> mapClass(env, env->FindClass("java/util/HashMap"));
+  LocalRef<jobject> map = LocallyHeldMap(vm, ti, mapClass.Get());
+  ti->DisposeEnvironment();
+  if (!map) return {};
+  LocalRef<jclass> treeNode(env, env->FindClass("java/util/HashMap$TreeNode"));
+  LocalRef<jobjectArray> narrow(env, env->NewObjectArray(16, treeNode.Get(), nullptr));
+  SetTable(env, map.Get(), narrow.Get());
+  return GlobalRef<jobject>(&vm, env->NewGlobalRef(map.Get()));
+}
+
+void MendMap(CJavaVM& vm, jobject map) { SetTable(vm.GetEnv(), map, nullptr); }
 
 }  // namespace tarnix::testing

@@ -2,6 +2,7 @@
 // (com.tarnix.testing): recorded calls, answers of the message client, injected faults.
 #pragma once
 
+#include "jni/GlobalRef.h"
 #include "jni/JavaVM.h"
 
 #include "platform/Win32.h"
@@ -57,6 +58,16 @@ class JavaControl {
 
   CJavaVM& machine_;
 };
+
+// Makes every put on the one HashMap held by a JNI local reference (a converter's map,
+// between its construction and its first put) throw ArrayStoreException from inside
+// HashMap.put, until the map is mended: its bucket table becomes an array of a narrower
+// element type. java.util.HashMap offers no other way to fail a put. The map stays
+// referenced by the returned global reference (empty, with the test failed, when the map
+// is not found).
+GlobalRef<jobject> BreakLocallyHeldMap(CJavaVM& vm);
+// Gives the map a table it can store in again; it forgets what it held.
+void MendMap(CJavaVM& vm, jobject map);
 
 // UTF-8 of wide text, for readable assertions.
 std::string Narrow(const WString& text);

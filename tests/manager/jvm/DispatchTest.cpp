@@ -114,5 +114,50 @@ TEST_F(ManagerDispatch, SampleAndDesktopPollReachTheClient) {
   EXPECT_TRUE(Sends().empty());
 }
 
+// A map that refused one attribute still goes out with the others; the call then ends
+// in the send-failure line with the refusal's text, and in nothing else.
+TEST_F(ManagerDispatch, AnAttributeTheMapRefusesIsReportedAsAFailedSend) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  CJavaVM& vm = *manager_->GetJavaVM();
+  auto attributes = MakeFake<FakeNamedValues>();
+  attributes->SetText(W("a"), W("1"));
+  attributes->SetText(W("b"), W("2"));
+  GlobalRef<jobject> broken;
+  attributes->OnNext([&](int earlierCalls) {
+    if (earlierCalls == 0) broken = BreakLocallyHeldMap(vm);
+    if (earlierCalls == 1 && !vm.GetEnv()->ExceptionCheck()) MendMap(vm, broken.Get());
+  });
+  auto item = MakeFake<FakeCombined>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(attributes), AsUnknown(MakeFake<FakeEnumerator>())});
+  auto values = MakeFake<FakeNamedValues>();
+  values->SetValue(W("meta-data"), Object(item.Get()).Get());
+  values->SetValue(W("metrics"), Object(item.Get()).Get());
+  auto data = MakeFake<FakeCombined>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeFake<FakeSample>())});
+
+  EXPECT_EQ(static_cast<uint32_t>(Dump(eExtendedData, data.Get())), 0x80004005u);
+  const auto errors = Lines(Logger(), LogOperation::Error);
+  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  EXPECT_EQ(errors[0].rfind("Failed to send data with type eExtendedData to the message server.  "
+                            "java.lang.ArrayStoreException: java.util.HashMap$Node\r\n\t",
+                            0),
+            0u)
+      << errors[0];
+  const auto sends = Sends();
+  ASSERT_EQ(sends.size(), 1u);
+  EXPECT_NE(sends[0].find("{\"b\"=\"2\"}"), std::string::npos) << sends[0];
+}
+
+// A client description that cannot become a Java string (here too large for the JVM's
+// heap) ends the start-up message as any missing Java object does: E_FAIL, no line.
+TEST_F(ManagerDispatch, AClientDescriptionJavaCannotHoldEndsTheCallSilently) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  SystemInfo().SetMachineName(WString(60u << 20, u'\u20AC'));
+  EXPECT_EQ(static_cast<uint32_t>(Dump(eStartup, nullptr)), 0x80004005u);
+  EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump().substr(0, 300);
+  EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
+  EXPECT_TRUE(Sends().empty());
+}
+
 }  // namespace
 }  // namespace tarnix::testing

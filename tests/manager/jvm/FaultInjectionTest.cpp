@@ -463,5 +463,45 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
 }
 
+// The thread that started Java never returns to it, so nothing but the component drops
+// what a call leaves in its frame: here the JVM's own handles to objects whose
+// constructors threw. Many such calls leave its local references as they were.
+TEST_F(JavaClientFailures, ConstructorsThatThrowLeaveTheStartingThreadsReferencesAsTheyWere) {
+  SystemInfo().SetNetworkInterfaces([] {
+    return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"),
+                              W("255.255.255.0"), W("10.0.0.0"), 1000}});
+  });
+  ASSERT_EQ(manager_->Initialize(), S_OK) << Logger().Dump();
+  JavaControl java(*manager_->GetJavaVM());
+  const auto locals = [] {
+    return hostsim::JniLocalReferencesOfThisThread(MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so");
+  };
+  const struct {
+    const char* place;
+    unsigned char type;
+    ComPtr<IUnknown> (*data)();
+  } failures[] = {
+      {"DesktopConnection.<init>", eStartup, NoData},
+      {"BaseSample.<init>", eSample, SampleData},
+      {"BaseUserSession.<init>", eUserSessionLogon, SessionData},
+      {"DesktopInformation.<init>", eUserSessionLogon, SessionData},
+      {"NetworkInterface.<init>", eDesktopPoll, NoData},
+      {"BaseRemoteApp.<init>", eUserSessionLogoff, LogoffData},
+  };
+  const long before = locals();
+  ASSERT_GT(before, 0);
+  for (const auto& failure : failures) {
+    SCOPED_TRACE(failure.place);
+    java.ClearFaults();
+    java.ThrowIn(failure.place, "java.lang.IllegalStateException", "refused");
+    for (int call = 0; call < 20; ++call) {
+      const ComPtr<IUnknown> data = failure.data();
+      manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, failure.type, data.Get());
+    }
+    EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
+    EXPECT_EQ(locals(), before);
+  }
+}
+
 }  // namespace
 }  // namespace tarnix::testing

@@ -3,6 +3,7 @@
 #include "JvmHost.h"
 
 #include "fixtures/FakeCallbacks.h"
+#include "common/ErrorText.h"
 #include "manager/CommManagerImpl.h"
 #include "manager/ManagerMessages.h"
 #include "tarnix/RMICommManager.h"
@@ -89,6 +90,29 @@ TEST_F(ManagerLifetime, TheStartingThreadsEndIsTheManagersEnd) {
   EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
             S_OK);
   EXPECT_EQ(RawJava().SystemProperty("java.vm.name").empty(), false);
+}
+
+// A host logger that calls DumpData from inside the first start-up: the nested call is
+// refused as a failed start is, and the start-up it interrupted goes on to the end, with
+// the one machine it made, which the starting thread's end tears down as usual.
+TEST_F(ManagerLifetime, ACallFromInsideStartUpIsRefusedAndStartUpGoesOn) {
+  LONG nested = E_UNEXPECTED;
+  Logger().OnLine([&nested](const WString& line) {
+    if (U(line).rfind("Using JRE from", 0) == 0) nested = Dump();
+  });
+  LONG started = E_UNEXPECTED;
+  std::thread([&] { started = Dump(); }).join();
+  Logger().OnLine(nullptr);
+
+  EXPECT_EQ(started, S_OK) << Logger().Dump();
+  EXPECT_EQ(nested, E_FAIL);
+  EXPECT_EQ(Lines(Logger(), LogOperation::Error),
+            std::vector<std::string>{U(messages::kDumpDataConfigFailed) +
+                                     U(ResultCodeSuffix(E_FAIL))});
+  const auto calls = RawJava().Calls();
+  EXPECT_EQ(Count(calls, "DesktopMessageClient()"), 1u);
+  ASSERT_FALSE(calls.empty());
+  EXPECT_EQ(calls.back(), "dispose()");
 }
 
 TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {

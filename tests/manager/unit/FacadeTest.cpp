@@ -9,9 +9,48 @@
 #include "manager/ManagerMessages.h"
 #include "tarnix/RMICommManager.h"
 
+#include "common/HResultError.h"
+
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <new>
+
+namespace {
+
+// The allocation of this thread that fails: it fails when the count reaches 0 (-1: none).
+thread_local long t_allocationsBeforeFailure = -1;
+
+}  // namespace
+
+// This process's allocations, of which one can be made to fail. (GCC cannot see that
+// every operator new here is malloc.)
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+void* operator new(std::size_t size) {
+  if (t_allocationsBeforeFailure >= 0 && t_allocationsBeforeFailure-- == 0) throw std::bad_alloc();
+  if (void* memory = std::malloc(size ? size : 1)) return memory;
+  throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+void* operator new[](std::size_t size, const std::nothrow_t& nothrow) noexcept {
+  return operator new(size, nothrow);
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
 namespace tarnix::testing {
 namespace {
@@ -40,6 +79,35 @@ TEST_F(FacadeTest, RegisteringCallbacksStartsNothing) {
   EXPECT_EQ(Service().Created(), 0);
   EXPECT_EQ(Logger().Count(), 0u);
   EXPECT_EQ(callback->RefCount(), 1u);
+}
+
+// Whichever allocation fails, first the implementation's construction, then its copies of
+// the host's strings, what leaves the export is an exception carrying E_OUTOFMEMORY.
+TEST_F(FacadeTest, AFailedAllocationLeavesAnExportAsItsResultCode) {
+  auto callback = MakeFake<FakeDataDumpCallback>();
+  CRMICommManager& manager = CRMICommManager::GetInstance();
+  for (long failing = 0;; ++failing) {
+    SCOPED_TRACE(failing);
+    HRESULT thrown = S_OK;
+    LONG registered = E_UNEXPECTED;
+    t_allocationsBeforeFailure = failing;
+    try {
+      registered = manager.RegisterDataDumpCallback(WSTR("url"), WSTR("unique"), WSTR("cert"),
+                                                    callback.Get());
+    } catch (const HResultError& error) {
+      thrown = error.Code();
+    } catch (...) {
+      thrown = E_UNEXPECTED;
+    }
+    const bool reached = t_allocationsBeforeFailure < 0;
+    t_allocationsBeforeFailure = -1;
+    if (!reached) {
+      EXPECT_EQ(registered, S_OK);
+      break;
+    }
+    EXPECT_EQ(thrown, E_OUTOFMEMORY);
+  }
+  manager.UnregisterDataDumpCallback(WSTR("url"), WSTR("unique"), WSTR("cert"), callback.Get());
 }
 
 TEST_F(FacadeTest, FailedStartUpIsFinal) {

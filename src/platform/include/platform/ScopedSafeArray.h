@@ -45,13 +45,15 @@ class ScopedSafeArray {
   SAFEARRAY* array_ = nullptr;
 };
 
-// Holds SafeArrayAccessData for its lifetime and presents the elements of a one-dimensional
-// array as T. Check Valid() before using data().
+// Holds SafeArrayAccessData for its lifetime and presents the elements of the array's first
+// dimension as T (of more dimensions, those at the lowest index of every other: the first
+// dimension varies fastest in memory). Check Valid() before using data(); an array whose
+// elements are not T's size is never valid.
 template <class T>
 class ScopedSafeArrayAccess {
  public:
   explicit ScopedSafeArrayAccess(SAFEARRAY* array) {
-    if (!array || SafeArrayGetDim(array) != 1 || SafeArrayGetElemsize(array) != sizeof(T)) {
+    if (!array || SafeArrayGetElemsize(array) != sizeof(T)) {
       result_ = E_INVALIDARG;
       return;
     }
