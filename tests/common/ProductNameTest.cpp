@@ -29,6 +29,8 @@ TEST(ProductName, TheOptionNamesTheProduct) {
       {WSTR("agent.exe --product=Acme x"), WSTR("Acme")},
       {WSTR("agent.exe --product   Acme  x"), WSTR("Acme")},
       {WSTR("agent.exe --product\t\r\nAcme\tx"), WSTR("Acme")},
+      {WSTR("agent.exe --product\f\bAcme\fx"), WSTR("Acme")},
+      {WSTR("agent.exe --product=Acme\bx"), WSTR("Acme")},
       {WSTR("agent.exe --product \"Acme Desk\" x"), WSTR("Acme Desk")},
       {WSTR("agent.exe -v --product=Acme"), WSTR("Acme")},
       // After "=" nothing is skipped: a blank there leaves the name empty.

@@ -125,6 +125,8 @@ TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
   registry.SetRaw(HKEY_LOCAL_MACHINE, kKey, WSTR("empty multi"), REG_MULTI_SZ, {0, 0});
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WString(260, WCHAR('n')), WSTR("longest"));
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WString(261, WCHAR('m')), WSTR("too long"));
+  // Natively a name with a zero inside is listed whole but cannot be read by that name.
+  registry.SetString(HKEY_LOCAL_MACHINE, kKey, WString(WSTR("x\0y"), 3), WSTR("unreadable"));
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WSTR("zzz after the long names"), WSTR("kept"));
   registry.Apply();
 
@@ -145,6 +147,7 @@ TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
     EXPECT_EQ(values.count(absent), 0u) << tarnix::WideToUtf8(absent);
   }
   EXPECT_EQ(values.count(WString(261, WCHAR('m'))), 0u);
+  EXPECT_EQ(values.count(WString(WSTR("x\0y"), 3)), 0u);
 }
 
 TEST(ReadKeyValues, AKeyWithoutValuesIsEmptyAndAMissingKeyFails) {

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <thread>
 
 namespace tarnix::testing {
 namespace {
@@ -157,6 +158,40 @@ TEST_F(ManagerDispatch, AClientDescriptionJavaCannotHoldEndsTheCallSilently) {
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump().substr(0, 300);
   EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
   EXPECT_TRUE(Sends().empty());
+}
+
+// The bridge under the messages, on a JDK class whose calls leave a trace: a void call on
+// a method with an answer runs it once, and a reference let go on a thread Java has never
+// seen is still deleted.
+TEST_F(ManagerDispatch, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  CJavaVM& machine = *manager_->GetJavaVM();
+  static const MethodEntry kBuilder[] = {
+      {"ctor()", "<init>", "()V"},
+      {"append", "append", "(I)Ljava/lang/StringBuilder;"},
+      {"toString", "toString", "()Ljava/lang/String;"}};
+  auto builderClass = machine.LoadClass("java/lang/StringBuilder", kBuilder, 3);
+  ASSERT_TRUE(builderClass);
+  auto builder = builderClass->NewObject("ctor()");
+  ASSERT_TRUE(builder);
+  builder->CallVoidMethod("append", jint{7});
+  WString text;
+  ASSERT_TRUE(builder->CallStringMethod("toString")->GetText(text));
+  EXPECT_EQ(text, WSTR("7"));
+
+  JNIEnv* env = machine.GetEnv();
+  const jweak weak = env->NewWeakGlobalRef(builder->Get());
+  jobject strong = env->NewGlobalRef(builder->Get());
+  builder.reset();
+  std::thread([&] { machine.DeleteGlobalRef(strong); }).join();
+  const jclass system = env->FindClass("java/lang/System");
+  const jmethodID gc = env->GetStaticMethodID(system, "gc", "()V");
+  for (int round = 0; round < 10 && !env->IsSameObject(weak, nullptr); ++round) {
+    env->CallStaticVoidMethod(system, gc);
+  }
+  env->DeleteLocalRef(system);
+  EXPECT_TRUE(env->IsSameObject(weak, nullptr));
+  env->DeleteWeakGlobalRef(weak);
 }
 
 }  // namespace
