@@ -161,8 +161,8 @@ TEST_F(ManagerDispatch, AClientDescriptionJavaCannotHoldEndsTheCallSilently) {
 }
 
 // The bridge under the messages, on a JDK class whose calls leave a trace: a void call on
-// a method with an answer runs it once, and a reference let go on a thread Java has never
-// seen is still deleted.
+// a method with an answer runs it once, and a reference let go on a thread the component
+// did not attach is still deleted.
 TEST_F(ManagerDispatch, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
   ASSERT_EQ(manager_->Initialize(), S_OK);
   CJavaVM& machine = *manager_->GetJavaVM();
@@ -179,19 +179,29 @@ TEST_F(ManagerDispatch, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
   ASSERT_TRUE(builder->CallStringMethod("toString")->GetText(text));
   EXPECT_EQ(text, WSTR("7"));
 
+  // Let go on a thread something else attached, and on one Java has never seen.
   JNIEnv* env = machine.GetEnv();
-  const jweak weak = env->NewWeakGlobalRef(builder->Get());
-  jobject strong = env->NewGlobalRef(builder->Get());
-  builder.reset();
-  std::thread([&] { machine.DeleteGlobalRef(strong); }).join();
   const jclass system = env->FindClass("java/lang/System");
   const jmethodID gc = env->GetStaticMethodID(system, "gc", "()V");
-  for (int round = 0; round < 10 && !env->IsSameObject(weak, nullptr); ++round) {
-    env->CallStaticVoidMethod(system, gc);
+  for (bool attachedElsewhere : {true, false}) {
+    auto dropped = builderClass->NewObject("ctor()");
+    const jweak weak = env->NewWeakGlobalRef(dropped->Get());
+    jobject strong = env->NewGlobalRef(dropped->Get());
+    dropped.reset();
+    std::thread([&] {
+      JNIEnv* own = nullptr;
+      JavaVM* vm = machine.GetJavaVM();
+      if (attachedElsewhere) vm->AttachCurrentThread(reinterpret_cast<void**>(&own), nullptr);
+      machine.DeleteGlobalRef(strong);
+      if (attachedElsewhere) vm->DetachCurrentThread();
+    }).join();
+    for (int round = 0; round < 10 && !env->IsSameObject(weak, nullptr); ++round) {
+      env->CallStaticVoidMethod(system, gc);
+    }
+    EXPECT_TRUE(env->IsSameObject(weak, nullptr)) << "attached elsewhere: " << attachedElsewhere;
+    env->DeleteWeakGlobalRef(weak);
   }
   env->DeleteLocalRef(system);
-  EXPECT_TRUE(env->IsSameObject(weak, nullptr));
-  env->DeleteWeakGlobalRef(weak);
 }
 
 }  // namespace
