@@ -71,11 +71,6 @@ TEST_F(ManagerDumpData, StartupMessageDescribesTheClientAndItsAnswerReachesTheHo
   ASSERT_EQ(callback->Answers().size(), 1u);
   EXPECT_EQ(callback->Answers()[0].dataType, eStartup);
   EXPECT_EQ(U(callback->Answers()[0].text), "policy-text");
-
-  // A null answer goes nowhere.
-  JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::nullopt);
-  EXPECT_EQ(Dump(manager, eStartup), S_OK);
-  EXPECT_EQ(callback->Answers().size(), 1u);
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
   manager.Unregister(WSTR("url"), kAuthToken, kCertificate, callback.Get());
 }
