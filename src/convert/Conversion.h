@@ -1,11 +1,12 @@
 // What every converter does the same way: find its data-model class, make the Java
 // strings it needs (a failure is logged with the text or without it), construct the
-// object by alias (a failure is logged with the Java exception), and call put methods
+// object through its handle (a failure is logged with the Java exception), and call put methods
 // with the pending-exception test after each. One Conversion serves one top-level call,
 // so the classes of a large sample are looked up once, not once per metric.
 #pragma once
 
 #include "common/HostLog.h"
+#include "jni/ClassTable.h"
 #include "jni/JavaClass.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
@@ -92,19 +93,19 @@ class Conversion {
   }
 
   // `failure` is the object-creation message, with one %s for the exception text.
-  template <class... Args>
-  LocalObject Construct(const CJavaClass& javaClass, std::string_view alias,
+  template <class Signature, class... Args>
+  LocalObject Construct(const CJavaClass& javaClass, tarnix::Constructor<Signature> constructor,
                         const WCHAR* failure, const Args&... args) {
-    LocalObject object = javaClass.NewLocalObject(alias, args...);
+    LocalObject object = javaClass.NewLocalObject(constructor, args...);
     if (!object) LogWithException(failure);
     return object;
   }
 
   // Calls a void method; the text of the exception it left, if any, now cleared.
-  template <class... Args>
-  std::optional<WString> Call(const CJavaObject& object, std::string_view alias,
+  template <class Signature, class... Args>
+  std::optional<WString> Call(const CJavaObject& object, tarnix::Method<Signature> method,
                               const Args&... args) {
-    object.CallVoidMethod(alias, args...);
+    object.CallVoidMethod(method, args...);
     return TakeException();
   }
 

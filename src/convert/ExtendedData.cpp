@@ -10,21 +10,21 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   const CJavaClass* mapClass = c.Class(DataClass::HashMap);
   if (!mapClass) return std::nullopt;
   LocalObject map =
-      c.Construct(*mapClass, "ctor()", WSTR("Failed to create a new Java hash map object.  %s"));
+      c.Construct(*mapClass, methods::HashMap::ctor, WSTR("Failed to create a new Java hash map object.  %s"));
   if (!map) return std::nullopt;
   ComPtr<IHostEnumerator> items;
   if (FAILED(attributes->get_Enumerator(items.Receive()))) return std::nullopt;
   ScopedBstr name;
   ScopedVariant value;
   while (items && items->Next(name.Receive(), value.Receive()) == S_OK) {
-    // A "put" that threw leaves its exception to the caller, whose send-failure line
+    // A methods::HashMap::put that threw leaves its exception to the caller, whose send-failure line
     // reports it; no further Java call may be made while it is pending, so the remaining
     // attributes are only walked.
     if (c.ExceptionPending()) continue;
     LocalString key = c.String(View(name.Get()));
     const bool isText = SUCCEEDED(value.ChangeType(VT_BSTR));
     LocalString text = c.String(isText ? View(value.Get().bstrVal) : WStringView());
-    if (key && text) map->CallVoidMethod("put", *key, *text);
+    if (key && text) map->CallVoidMethod(methods::HashMap::put, *key, *text);
   }
   return map;
 }
@@ -46,7 +46,7 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
         GetMetricWithInstances(c, View(name.Get()), instances.Get());
     instances.Reset();
     if (!metric) continue;
-    if (std::optional<WString> failure = c.Call(javaSample, "putMetric", *metric)) {
+    if (std::optional<WString> failure = c.Call(javaSample, methods::BaseSample::putMetric, *metric)) {
       const WString label = c.TimeLabelOf(sample);
       c.Log().Error(WSTR("Failed to add metric '%s' to sample '%s'.  %s"), name.Text(), label,
                     *failure);
@@ -66,7 +66,7 @@ LocalObject GetExtendedSample(Conversion& c, IHostSample* sample,
     return std::nullopt;
   }
   LocalObject javaSample =
-      c.Construct(*sampleClass, "ctor(time)", WSTR("Failed to create a new Java sample object.  %s"),
+      c.Construct(*sampleClass, methods::BaseSample::ctorTime, WSTR("Failed to create a new Java sample object.  %s"),
                   ToJavaMillis(time));
   if (!javaSample) return std::nullopt;
   // The sample goes with the metrics that did go in.

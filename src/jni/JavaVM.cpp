@@ -1,6 +1,6 @@
 #include "jni/JavaVM.h"
 
-#include "jni/CallArguments.h"
+#include "jni/ExceptionText.h"
 #include "jni/JavaString.h"
 
 #include "platform/JavaRuntime.h"

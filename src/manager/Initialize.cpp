@@ -13,6 +13,8 @@
 #include <cstring>
 #include <iterator>
 
+using Client = tarnix::methods::DesktopMessageClient;
+
 using tarnix::classes::kClassTable;
 
 HRESULT CRMICommManagerImpl::Initialize() {
@@ -68,7 +70,8 @@ HRESULT CRMICommManagerImpl::StartLoggerFactory() {
     log_.Error(tarnix::messages::kJavaStringFailed, folder, tarnix::TakeJavaException(*javaVM_));
     return E_FAIL;
   }
-  loggerFactory_ = factoryClass->NewObject("ctor(folder)", folderText);
+  loggerFactory_ =
+      factoryClass->NewObject(tarnix::methods::InstanceLoggerFactory::ctorFolder, folderText);
   if (!loggerFactory_) {
     log_.Error(WSTR("Failed to Initialize the Message Server Logger.  %s"),
                tarnix::TakeJavaException(*javaVM_));
@@ -89,7 +92,7 @@ HRESULT CRMICommManagerImpl::StartMessageClient() {
     }
   }
   if (!clientClass) return E_FAIL;
-  messageClient_ = clientClass->NewObject("ctor()");
+  messageClient_ = clientClass->NewObject(Client::ctor);
   if (!messageClient_) {
     log_.Error(WSTR("Failed to create a new message client.  %s"),
                tarnix::TakeJavaException(*javaVM_));
