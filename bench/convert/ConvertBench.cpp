@@ -6,15 +6,13 @@
 // what crossing JNI costs at all.
 //
 //   build with -DTARNIX_BUILD_BENCH=ON, then: bench/convert/convert_bench
+#include "HostReads.h"
 #include "RawSample.h"
 #include "RealisticSample.h"
 
 #include "convert/JNIConvertor.h"
 #include "jni/ClassTable.h"
 #include "jni/JavaVM.h"
-
-#include "platform/ScopedBstr.h"
-#include "platform/ScopedVariant.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,9 +22,6 @@
 
 namespace {
 
-using tarnix::ComPtr;
-using tarnix::ScopedBstr;
-using tarnix::ScopedVariant;
 namespace support = tarnix::bench;
 
 WString Wide(const std::string& text) { return WString(text.begin(), text.end()); }
@@ -97,48 +92,9 @@ void RawJni(benchmark::State& state) {
 
 // The host side alone: every read the converters make, through the same fakes. Both JNI
 // variants pay this; it is not the component's cost.
-void WalkMetrics(IHostSample* source) {
-  ComPtr<IHostEnumerator> metrics;
-  if (FAILED(source->get_metrics(1, metrics.Receive()))) return;
-  ScopedBstr name;
-  ScopedVariant value;
-  while (metrics->Next(name.Receive(), value.Receive()) == S_OK) benchmark::DoNotOptimize(value);
-}
-
 void HostOnly(benchmark::State& state) {
   Bench& bench = Shared();
-  for (auto _ : state) {
-    IHostSample* host = bench.host.sample.Get();
-    DATE time = 0;
-    host->get_time(&time);
-    WalkMetrics(host);
-    ComPtr<IHostSampleEnumerator> instances;
-    host->get_instances(instances.Receive());
-    ScopedBstr key;
-    ComPtr<IHostSample> instance;
-    while (instances->Next(key.Receive(), instance.Receive()) == S_OK) {
-      ComPtr<IHostUserSession> session;
-      bench.host.sessions->GetSession(StrToIntW(key.Get()), session.Receive());
-      ScopedBstr sid, user, domain;
-      session->get_sid(sid.Receive());
-      session->get_user(user.Receive());
-      session->get_domain(domain.Receive());
-      ComPtr<IHostPropertyBox> box;
-      ComPtr<IHostEnumerator> properties;
-      session->get_propertyBox(box.Receive());
-      box->get_enumerator(properties.Receive());
-      ScopedBstr name;
-      ScopedVariant value;
-      while (properties->Next(name.Receive(), value.Receive()) == S_OK) value.ChangeType(VT_BSTR);
-      WalkMetrics(instance.Get());
-      ComPtr<IHostSampleEnumerator> apps;
-      ScopedBstr collection(WSTR("remoteApps"));
-      instance->get_collection(collection.Get(), apps.Receive());
-      ScopedBstr id;
-      ComPtr<IHostSample> app;
-      while (apps->Next(id.Receive(), app.Receive()) == S_OK) WalkMetrics(app.Get());
-    }
-  }
+  for (auto _ : state) support::ReadSample(bench.host.sample.Get(), bench.host.sessions.Get());
 }
 
 void PureJava(benchmark::State& state) {

@@ -6,6 +6,7 @@
 //
 //   build with -DTARNIX_BUILD_BENCH=ON, then: bench/manager/dumpdata_bench
 #include "BenchHost.h"
+#include "HostReads.h"
 #include "RawSample.h"
 #include "RealisticSample.h"
 
@@ -104,7 +105,13 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
   Data& data = TheData();
   int calls = 0;
   for (auto _ : state) {
-    jobject connection = bench::RawConnection(env, ids, WSTR("machine-1"), WSTR("token"), WSTR("vm-7"));
+    bench::HostIdentity identity;
+    if (FAILED(bench::ReadIdentity(host.systemInfo.Get(), identity))) {
+      state.SkipWithError("no identity");
+      break;
+    }
+    jobject connection = bench::RawConnection(env, ids, identity.machineId.Get(), WSTR("token"),
+                                              identity.virtualMachineId.Get());
     jobject sample = bench::RawSample(env, ids, data.realistic.sample.Get(),
                                       data.realistic.sessions.Get());
     auto answer = static_cast<jstring>(
@@ -129,6 +136,20 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
   host.ClearRecords();
 }
 
+// The host's side of DumpData(eSample) of the realistic sample alone: the identity and
+// the sample, read as the component reads them.
+void BM_HostOnlyRealisticSample(benchmark::State& state) {
+  bench::BenchHost& host = Host();
+  Data& data = TheData();
+  for (auto _ : state) {
+    bench::HostIdentity identity;
+    bench::ReadIdentity(host.systemInfo.Get(), identity);
+    ComPtr<IHostUserSession> session;
+    data.realistic.sample->QueryInterface(IID_IHostUserSession, session.ReceiveVoid());
+    bench::ReadSample(data.realistic.sample.Get(), data.realistic.sessions.Get());
+  }
+}
+
 }  // namespace
 
 BENCHMARK(BM_DumpData)
@@ -148,5 +169,6 @@ BENCHMARK(BM_DumpData)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_DumpDataRealisticSample)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_RawJniRealisticSample)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_HostOnlyRealisticSample)->Unit(benchmark::kMicrosecond);
 
 BENCHMARK_MAIN();
