@@ -11,6 +11,7 @@
 #include "RealisticSample.h"
 
 #include "convert/JNIConvertor.h"
+#include "fixtures/FakeCom.h"
 #include "jni/ClassTable.h"
 #include "jni/JavaVM.h"
 
@@ -70,11 +71,14 @@ Bench& Shared() {
 void GetSample(benchmark::State& state) {
   Bench& bench = Shared();
   const CJNIConvertor convertor(nullptr);
+  support::FakeSweep sweep;
   for (auto _ : state) {
     std::shared_ptr<CJavaObject> sample =
         convertor.GetSample(bench.machine, bench.host.sample.Get(), bench.host.sessions.Get());
     if (!sample) state.SkipWithError("no sample");
     benchmark::DoNotOptimize(sample);
+    sample.reset();
+    sweep.After(state);
   }
 }
 
@@ -82,11 +86,13 @@ void RawJni(benchmark::State& state) {
   Bench& bench = Shared();
   JNIEnv* env = bench.machine->GetEnv();
   const support::RawIds ids(*bench.machine);
+  support::FakeSweep sweep;
   for (auto _ : state) {
     jobject sample = support::RawSample(env, ids, bench.host.sample.Get(), bench.host.sessions.Get());
     if (!sample) state.SkipWithError("no sample");
     benchmark::DoNotOptimize(sample);
     env->DeleteLocalRef(sample);
+    sweep.After(state);
   }
 }
 
@@ -94,7 +100,11 @@ void RawJni(benchmark::State& state) {
 // variants pay this; it is not the component's cost.
 void HostOnly(benchmark::State& state) {
   Bench& bench = Shared();
-  for (auto _ : state) support::ReadSample(bench.host.sample.Get(), bench.host.sessions.Get());
+  support::FakeSweep sweep;
+  for (auto _ : state) {
+    support::ReadSample(bench.host.sample.Get(), bench.host.sessions.Get());
+    sweep.After(state);
+  }
 }
 
 void PureJava(benchmark::State& state) {
@@ -109,6 +119,21 @@ void PureJava(benchmark::State& state) {
   }
 }
 
+// Java compiles what runs often: every repetition should measure the compiled code, not
+// the first one the interpreter.
+void WarmUp() {
+  Bench& bench = Shared();
+  JNIEnv* env = bench.machine->GetEnv();
+  const support::RawIds ids(*bench.machine);
+  const CJNIConvertor convertor(nullptr);
+  for (int i = 0; i < 300; ++i) {
+    convertor.GetSample(bench.machine, bench.host.sample.Get(), bench.host.sessions.Get());
+    env->DeleteLocalRef(
+        support::RawSample(env, ids, bench.host.sample.Get(), bench.host.sessions.Get()));
+    tarnix::testing::FakeObject::FreeRetired();
+  }
+}
+
 }  // namespace
 
 BENCHMARK(GetSample)->Unit(benchmark::kMicrosecond);
@@ -118,6 +143,7 @@ BENCHMARK(HostOnly)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv) {
   Shared();  // the JVM starts on the main thread, which stays its creating thread
+  WarmUp();
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

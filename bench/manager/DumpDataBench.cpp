@@ -141,12 +141,14 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
 void BM_HostOnlyRealisticSample(benchmark::State& state) {
   bench::BenchHost& host = Host();
   Data& data = TheData();
+  bench::FakeSweep sweep;
   for (auto _ : state) {
     bench::HostIdentity identity;
     bench::ReadIdentity(host.systemInfo.Get(), identity);
     ComPtr<IHostUserSession> session;
     data.realistic.sample->QueryInterface(IID_IHostUserSession, session.ReceiveVoid());
     bench::ReadSample(data.realistic.sample.Get(), data.realistic.sessions.Get());
+    sweep.After(state);
   }
 }
 

@@ -1,9 +1,8 @@
 #include "HostReads.h"
 
+#include "fixtures/FakeCom.h"
 #include "platform/ComPtr.h"
 #include "platform/ScopedVariant.h"
-
-#include <benchmark/benchmark.h>
 
 namespace tarnix::bench {
 namespace {
@@ -72,6 +71,13 @@ HRESULT ReadIdentity(ISystemInfo* system, HostIdentity& identity) {
   ScopedVariant value;
   if (SUCCEEDED(identities->get_Item(name.Get(), value.Receive()))) value.ChangeType(VT_BSTR);
   return S_OK;
+}
+
+void FakeSweep::After(benchmark::State& state) {
+  if (++calls_ % 256 != 0) return;
+  state.PauseTiming();
+  testing::FakeObject::FreeRetired();
+  state.ResumeTiming();
 }
 
 }  // namespace tarnix::bench

@@ -48,7 +48,21 @@ std::optional<CJavaObject> CJavaClass::NewLocalObjectWith(const MethodEntry* tab
   if (table != table_) return {};
   JNIEnv* env = machine_->GetEnv();
   if (!env || env->ExceptionCheck()) return {};
-  tarnix::LocalRef<jobject> object(env, env->NewObjectA(class_.Get(), ids_[row], values));
-  if (!object) return {};
-  return CJavaObject(machine_, this, std::move(object));
+  const jobject made = env->NewObjectA(class_.Get(), ids_[row], values);
+  if (!made) return {};
+  return std::optional<CJavaObject>(std::in_place, machine_, this,
+                                    tarnix::LocalRef<jobject>(env, made));
+}
+
+std::shared_ptr<CJavaObject> CJavaClass::NewPinnedObjectWith(const MethodEntry* table,
+                                                             size_t row,
+                                                             const jvalue* values) const {
+  if (table != table_) return {};
+  JNIEnv* env = machine_->GetEnv();
+  if (!env || env->ExceptionCheck()) return {};
+  // Straight to a global reference: no exception can be pending beside a new object.
+  tarnix::GlobalRef<jobject> pinned =
+      tarnix::MakeGlobal(machine_, env, env->NewObjectA(class_.Get(), ids_[row], values));
+  if (!pinned) return {};
+  return std::make_shared<CJavaObject>(machine_, this, std::move(pinned));
 }

@@ -43,8 +43,9 @@ class CJavaClass {
   template <class... P, class... Args>
   std::shared_ptr<CJavaObject> NewObject(tarnix::Constructor<void(P...)> constructor,
                                          const Args&... args) const {
-    std::optional<CJavaObject> local = NewLocalObject(constructor, args...);
-    return local ? local->MakeGlobal() : nullptr;
+    static_assert(sizeof...(Args) == sizeof...(P), "the constructor takes other arguments");
+    const tarnix::JValues<sizeof...(P)> values{{tarnix::ToJValue<P>(args)...}};
+    return NewPinnedObjectWith(constructor.Table(), constructor.Row(), values.Get());
   }
   // The same as a local reference of the calling thread, without the shared handle: for
   // the objects of one call, which die with it and are not worth a global reference each.
@@ -66,6 +67,8 @@ class CJavaClass {
  private:
   std::optional<CJavaObject> NewLocalObjectWith(const MethodEntry* table, size_t row,
                                                 const jvalue* values) const;
+  std::shared_ptr<CJavaObject> NewPinnedObjectWith(const MethodEntry* table, size_t row,
+                                                   const jvalue* values) const;
 
   CJavaVM* machine_;
   std::string name_;

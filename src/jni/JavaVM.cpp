@@ -207,9 +207,10 @@ std::optional<CJavaString> CJavaVM::NewLocalString(std::basic_string_view<WCHAR>
   }
   static const jchar kEmpty = 0;
   const jchar* chars = text.empty() ? &kEmpty : reinterpret_cast<const jchar*>(text.data());
-  tarnix::LocalRef<jstring> string(env, env->NewString(chars, static_cast<jsize>(text.size())));
-  if (!string) return {};
-  return CJavaString(this, std::move(string));
+  const jstring made = env->NewString(chars, static_cast<jsize>(text.size()));
+  if (!made) return {};
+  // Made in place: a conversion makes thousands, and each move is a call of its own.
+  return std::optional<CJavaString>(std::in_place, this, tarnix::LocalRef<jstring>(env, made));
 }
 
 std::shared_ptr<CJavaString> CJavaVM::NewString(const WCHAR* text) {
