@@ -15,13 +15,6 @@ std::atomic<std::uint64_t> g_lastThreadsVersion{0};
 
 std::uint64_t NewThreadsVersion() { return g_lastThreadsVersion.fetch_add(1) + 1; }
 
-// The calling thread's last answer from a machine's thread map.
-struct RememberedEnv {
-  std::uint64_t version = 0;
-  JNIEnv* env = nullptr;
-};
-thread_local RememberedEnv t_remembered;
-
 }  // namespace
 
 CJavaVM::CJavaVM(const WString& runtimeDirectory)
@@ -93,14 +86,6 @@ LONG CJavaVM::Create(std::vector<std::string> options) {
   return 0;
 }
 
-JNIEnv* CJavaVM::GetEnv() {
-  // Only the thread itself changes its own entry (attach, detach); other threads can only
-  // empty the whole map, which changes the version.
-  const RememberedEnv& remembered = t_remembered;
-  if (remembered.version == threadsVersion_.load(std::memory_order_acquire)) return remembered.env;
-  return LookUpEnv();
-}
-
 JNIEnv* CJavaVM::LookUpEnv() {
   const DWORD thread = GetCurrentThreadId();
   std::lock_guard<std::mutex> lock(environmentLock_);
@@ -112,7 +97,8 @@ JNIEnv* CJavaVM::LookUpEnv() {
 
 // Called with the environment lock held, so the version cannot move underneath.
 void CJavaVM::RememberEnv(JNIEnv* env) const {
-  t_remembered = RememberedEnv{threadsVersion_.load(std::memory_order_relaxed), env};
+  tarnix::detail::t_rememberedEnv =
+      tarnix::detail::RememberedEnv{threadsVersion_.load(std::memory_order_relaxed), env};
 }
 
 bool CJavaVM::IsRegistered() { return GetEnv() != nullptr; }

@@ -21,6 +21,15 @@
 #include <string_view>
 #include <vector>
 
+namespace tarnix::detail {
+// The calling thread's last answer from a machine's thread map, good while that machine's
+// thread map is still the one `version` names.
+struct RememberedEnv {
+  std::uint64_t version = 0;
+  JNIEnv* env = nullptr;
+};
+inline thread_local RememberedEnv t_rememberedEnv;
+}  // namespace tarnix::detail
 
 class CJavaVM {
  public:
@@ -39,7 +48,15 @@ class CJavaVM {
   // The calling thread's environment as registered here; null for a thread this machine
   // has not attached (even if something else attached it). Every bridge call asks, so the
   // answer is remembered per thread and the thread map is consulted only on a miss.
-  JNIEnv* GetEnv();
+  JNIEnv* GetEnv() {
+    // Only the thread itself changes its own entry (attach, detach); other threads can
+    // only empty the whole map, which changes the version.
+    const tarnix::detail::RememberedEnv& remembered = tarnix::detail::t_rememberedEnv;
+    if (remembered.version == threadsVersion_.load(std::memory_order_acquire)) {
+      return remembered.env;
+    }
+    return LookUpEnv();
+  }
   // 0 or the machine's JNI code. A thread already registered is not attached again.
   LONG AttachCurrentThread();
   // 0 or the machine's JNI code. The creating thread is never detached. Attachments do
