@@ -17,12 +17,8 @@ static_assert(sizeof(kClassNames) / sizeof(kClassNames[0]) ==
 constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ULL;
 constexpr ULONGLONG kTicksPerSecond = 10000000ULL;
 
-}  // namespace
-
-LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
-                          TextInLog visibility) {
-  LocalString string = vm.NewLocalString(text);
-  if (string) return string;
+void LogStringFailure(const HostLog& log, CJavaVM& vm, WStringView text,
+                      TextInLog visibility) {
   WString exception;
   vm.GetExceptionText(exception);
   if (visibility == TextInLog::Hidden) {
@@ -30,7 +26,16 @@ LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
   } else if (log.HasLogger()) {
     log.Error(WSTR("Failed to create a new Java string for %s.  %s"), WString(text), exception);
   }
-  return std::nullopt;
+}
+
+}  // namespace
+
+// One return of one object, so that the string is made where the caller keeps it.
+LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
+                          TextInLog visibility) {
+  LocalString string = vm.NewLocalString(text);
+  if (!string) LogStringFailure(log, vm, text, visibility);
+  return string;
 }
 
 ULONGLONG ToJavaTime(DATE date) {

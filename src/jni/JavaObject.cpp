@@ -29,13 +29,6 @@ CJavaObject::CJavaObject(CJavaVM* machine, const CJavaClass* javaClass,
                          tarnix::LocalRef<jobject> object)
     : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
 
-CJavaObject::CJavaObject(CJavaObject&& other) noexcept
-    : machine_(other.machine_),
-      class_(other.class_),
-      global_(std::move(other.global_)),
-      local_(std::move(other.local_)),
-      object_(std::exchange(other.object_, nullptr)) {}
-
 CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
   if (this != &other) {
     ForgetIfDetached();
@@ -47,8 +40,6 @@ CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
   }
   return *this;
 }
-
-CJavaObject::~CJavaObject() { ForgetIfDetached(); }
 
 void CJavaObject::ForgetIfDetached() {
   if (!local_) return;

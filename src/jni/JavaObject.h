@@ -16,6 +16,7 @@
 #include <memory>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 class CJavaVM;
 class CJavaClass;
@@ -24,11 +25,20 @@ class CJavaObject {
  public:
   CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::GlobalRef<jobject> object);
   CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object);
-  virtual ~CJavaObject();
+  // Inline with the move: a conversion moves and ends a thousand objects, most of them
+  // already moved from.
+  virtual ~CJavaObject() {
+    if (local_) ForgetIfDetached();
+  }
   CJavaObject(const CJavaObject&) = delete;
   CJavaObject& operator=(const CJavaObject&) = delete;
   // Movable, so that the objects of one call can live on the stack.
-  CJavaObject(CJavaObject&& other) noexcept;
+  CJavaObject(CJavaObject&& other) noexcept
+      : machine_(other.machine_),
+        class_(other.class_),
+        global_(std::move(other.global_)),
+        local_(std::move(other.local_)),
+        object_(std::exchange(other.object_, nullptr)) {}
   CJavaObject& operator=(CJavaObject&& other) noexcept;
 
   // Calls that cannot be made (a handle of another class's table, a local object used on

@@ -14,7 +14,9 @@ class CJavaVM;
 class CJavaString {
  public:
   CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string);
-  virtual ~CJavaString();
+  virtual ~CJavaString() {
+    if (string_) ForgetIfDetached();
+  }
   CJavaString(const CJavaString&) = delete;
   CJavaString& operator=(const CJavaString&) = delete;
   // Movable, so that the strings of one call can live on the stack.
