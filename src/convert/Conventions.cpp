@@ -49,24 +49,16 @@ ULONGLONG ToJavaTime(DATE date) {
   return (count - kUnixEpochTicks) / kTicksPerSecond;
 }
 
-const CJavaClass* Conversion::Class(DataClass which) {
+void Conversion::LookUp(DataClass which) {
   const size_t index = static_cast<size_t>(which);
-  if (!looked_[index]) {
-    classes_[index] = vm_.GetClass(kClassNames[index]);
-    looked_[index] = true;
-  }
-  return classes_[index].get();
+  classes_[index] = vm_.GetClass(kClassNames[index]);
+  looked_[index] = true;
 }
 
-std::optional<WString> Conversion::TakeException() {
+std::optional<WString> Conversion::TakePendingException() {
   WString text;
   if (!vm_.GetExceptionText(text)) return std::nullopt;
   return text;
-}
-
-bool Conversion::ExceptionPending() const {
-  JNIEnv* env = vm_.GetEnv();
-  return env && env->ExceptionCheck();
 }
 
 void Conversion::LogWithException(const WCHAR* format) {

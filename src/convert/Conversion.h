@@ -79,14 +79,25 @@ class Conversion {
   CJavaVM& Vm() const { return vm_; }
   const HostLog& Log() const { return log_; }
 
-  // The class start-up loaded, or null (start-up has reported that already).
-  const CJavaClass* Class(DataClass which);
+  // The class start-up loaded, or null (start-up has reported that already). Inline, as
+  // the two below: they come with every metric.
+  const CJavaClass* Class(DataClass which) {
+    const size_t index = static_cast<size_t>(which);
+    if (!looked_[index]) LookUp(which);
+    return classes_[index].get();
+  }
 
   // The text of the pending Java exception, which is cleared; nothing when none is
   // pending.
-  std::optional<WString> TakeException();
+  std::optional<WString> TakeException() {
+    if (!ExceptionPending()) return std::nullopt;
+    return TakePendingException();
+  }
   // Whether an exception is pending, leaving it so.
-  bool ExceptionPending() const;
+  bool ExceptionPending() const {
+    JNIEnv* env = vm_.GetEnv();
+    return env && env->ExceptionCheck();
+  }
 
   LocalString String(WStringView text, TextInLog visibility = TextInLog::Shown) {
     return GetJavaString(log_, vm_, text, visibility);
@@ -118,6 +129,9 @@ class Conversion {
   WString TimeLabelOf(IHostSample* source);
 
  private:
+  void LookUp(DataClass which);
+  std::optional<WString> TakePendingException();
+
   CJavaVM& vm_;
   const HostLog& log_;
   std::array<std::shared_ptr<CJavaClass>, static_cast<size_t>(DataClass::Count)> classes_;

@@ -116,6 +116,16 @@ jvalue ToJValue(const A& argument) {
   return value;
 }
 
+// The argument as exactly the parameter's type, for JNI's variadic calls, which read each
+// argument back as that type (after C's promotions).
+template <class P, class A>
+P ToJni(const A& argument) {
+  static_assert(kFits<P, A>, "the argument does not convert to the parameter without a cast");
+  if constexpr (std::is_same_v<P, jboolean>) return argument ? JNI_TRUE : JNI_FALSE;
+  else if constexpr (std::is_pointer_v<P>) return static_cast<P>(ReferenceOf(argument));
+  else return static_cast<P>(argument);
+}
+
 // The values of one call; never a zero-length array.
 template <size_t N>
 struct JValues {

@@ -50,16 +50,15 @@ class CJavaObject {
   template <class R, class... P, class... Args>
   void CallVoidMethod(tarnix::Method<R(P...)> method, const Args&... args) const {
     static_assert(sizeof...(Args) == sizeof...(P), "the method takes other arguments");
-    const tarnix::JValues<sizeof...(P)> values{{tarnix::ToJValue<P>(args)...}};
     jmethodID id = nullptr;
     JNIEnv* env = Enter(method.Table(), method.Row(), id);
     if (!env) return;
     if constexpr (std::is_pointer_v<R>) {
-      if (jobject answer = env->CallObjectMethodA(object_, id, values.Get())) {
+      if (jobject answer = env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...)) {
         env->DeleteLocalRef(answer);
       }
     } else {
-      Invoke<R>(env, id, values.Get());
+      Invoke<R>(env, id, tarnix::ToJni<P>(args)...);
     }
   }
   // Never empty: a method that answered null, threw or could not be called gives a
@@ -76,12 +75,11 @@ class CJavaObject {
                                        const Args&... args) const {
     static_assert(std::is_pointer_v<R>, "the method does not answer an object");
     static_assert(sizeof...(Args) == sizeof...(P), "the method takes other arguments");
-    const tarnix::JValues<sizeof...(P)> values{{tarnix::ToJValue<P>(args)...}};
     jmethodID id = nullptr;
     JNIEnv* env = Enter(method.Table(), method.Row(), id);
     if (!env) return {};
     return tarnix::LocalRef<R>(
-        env, static_cast<R>(env->CallObjectMethodA(object_, id, values.Get())));
+        env, static_cast<R>(env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...)));
   }
 
   jobject Get() const { return object_; }
@@ -96,19 +94,20 @@ class CJavaObject {
   // The calling thread's environment and the row's id when the call may be made; null
   // otherwise, with the reason raised unless an exception was already pending.
   JNIEnv* Enter(const MethodEntry* table, size_t row, jmethodID& id) const;
-  template <class R>
-  void Invoke(JNIEnv* env, jmethodID id, const jvalue* values) const {
-    if constexpr (std::is_void_v<R>) env->CallVoidMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jboolean>) env->CallBooleanMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jbyte>) env->CallByteMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jchar>) env->CallCharMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jshort>) env->CallShortMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jint>) env->CallIntMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jlong>) env->CallLongMethodA(object_, id, values);
-    else if constexpr (std::is_same_v<R, jfloat>) env->CallFloatMethodA(object_, id, values);
-    else env->CallDoubleMethodA(object_, id, values);
+  // Through JNI's variadic calls, as hand-written JNI makes them: the values are already
+  // each exactly its parameter's type.
+  template <class R, class... Values>
+  void Invoke(JNIEnv* env, jmethodID id, Values... values) const {
+    if constexpr (std::is_void_v<R>) env->CallVoidMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jboolean>) env->CallBooleanMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jbyte>) env->CallByteMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jchar>) env->CallCharMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jshort>) env->CallShortMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jint>) env->CallIntMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jlong>) env->CallLongMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jfloat>) env->CallFloatMethod(object_, id, values...);
+    else env->CallDoubleMethod(object_, id, values...);
   }
-  JNIEnv* Owner() const { return local_ ? local_.Env() : nullptr; }
   void ForgetIfDetached();
 
   CJavaVM* machine_;
