@@ -1,8 +1,8 @@
 // A Java object, with calls of its class's methods through handles of its method table.
 // Objects that outlive a call (the message client) are pinned by a global reference and
-// may be released on any thread; the objects of one call hold a local reference of the calling thread and are
-// released on it. It does not keep its class or machine alive: the machine's class cache
-// outlives it.
+// may be released on any thread; the objects of one call hold a local reference of the
+// calling thread and are released on it. It does not keep its class or machine alive: the
+// machine's class cache outlives it.
 #pragma once
 
 #include "jni/GlobalRef.h"
