@@ -106,14 +106,16 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
   int calls = 0;
   for (auto _ : state) {
     bench::HostIdentity identity;
-    if (FAILED(bench::ReadIdentity(host.systemInfo.Get(), identity))) {
+    ComPtr<IHostSample> hostSample;
+    ComPtr<IHostSessionSource> sessions;
+    if (FAILED(bench::ReadDumpDataHost(host.systemInfo.Get(), data.realistic.sample.Get(),
+                                       identity, hostSample, sessions))) {
       state.SkipWithError("no identity");
       break;
     }
     jobject connection = bench::RawConnection(env, ids, identity.machineId.Get(), WSTR("token"),
                                               identity.virtualMachineId.Get());
-    jobject sample = bench::RawSample(env, ids, data.realistic.sample.Get(),
-                                      data.realistic.sessions.Get());
+    jobject sample = bench::RawSample(env, ids, hostSample.Get(), sessions.Get());
     auto answer = static_cast<jstring>(
         env->CallObjectMethod(client->Get(), onDataCollected, connection, sample));
     if (env->ExceptionCheck()) {
@@ -136,18 +138,19 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
   host.ClearRecords();
 }
 
-// The host's side of DumpData(eSample) of the realistic sample alone: the identity and
-// the sample, read as the component reads them.
+// The host's side of DumpData(eSample) of the realistic sample alone: the identity, the
+// host's session source and the sample, read as the component reads them.
 void BM_HostOnlyRealisticSample(benchmark::State& state) {
   bench::BenchHost& host = Host();
   Data& data = TheData();
   bench::FakeSweep sweep;
   for (auto _ : state) {
     bench::HostIdentity identity;
-    bench::ReadIdentity(host.systemInfo.Get(), identity);
-    ComPtr<IHostUserSession> session;
-    data.realistic.sample->QueryInterface(IID_IHostUserSession, session.ReceiveVoid());
-    bench::ReadSample(data.realistic.sample.Get(), data.realistic.sessions.Get());
+    ComPtr<IHostSample> sample;
+    ComPtr<IHostSessionSource> sessions;
+    bench::ReadDumpDataHost(host.systemInfo.Get(), data.realistic.sample.Get(), identity, sample,
+                            sessions);
+    bench::ReadSample(sample.Get(), sessions.Get());
     sweep.After(state);
   }
 }

@@ -1,5 +1,6 @@
 #include "HostReads.h"
 
+#include "common/SystemService.h"
 #include "fixtures/FakeCom.h"
 #include "platform/ComPtr.h"
 #include "platform/ScopedVariant.h"
@@ -71,6 +72,19 @@ HRESULT ReadIdentity(ISystemInfo* system, HostIdentity& identity) {
   ScopedVariant value;
   if (SUCCEEDED(identities->get_Item(name.Get(), value.Receive()))) value.ChangeType(VT_BSTR);
   return S_OK;
+}
+
+HRESULT ReadDumpDataHost(ISystemInfo* system, IUnknown* data, HostIdentity& identity,
+                         ComPtr<IHostSample>& sample, ComPtr<IHostSessionSource>& sessions) {
+  const HRESULT hr = ReadIdentity(system, identity);
+  if (FAILED(hr)) return hr;
+  VARIANT_BOOL desktop = VARIANT_FALSE;
+  system->get_isDesktop(&desktop);
+  ComPtr<IHostUserSession> session;
+  data->QueryInterface(IID_IHostUserSession, session.ReceiveVoid());
+  data->QueryInterface(IID_IHostSample, sample.ReceiveVoid());
+  GetServiceInterface(IID_IHostSessionSource, sessions.ReceiveVoid());
+  return sample && sessions ? S_OK : E_NOINTERFACE;
 }
 
 void FakeSweep::After(benchmark::State& state) {

@@ -3,6 +3,7 @@
 // these reads; the own-work ratio takes them out of both sides.
 #pragma once
 
+#include "platform/ComPtr.h"
 #include "platform/ScopedBstr.h"
 
 #include "tarnix/DataInterfaces.h"
@@ -23,6 +24,12 @@ struct HostIdentity {
   ScopedBstr uniqueId;
 };
 HRESULT ReadIdentity(ISystemInfo* system, HostIdentity& identity);
+
+// Everything DumpData(eSample) asks of the host before it reads the sample itself: the
+// identity, whether the machine is a desktop, the data as a sample (and not a session),
+// and the session source through the host's system service.
+HRESULT ReadDumpDataHost(ISystemInfo* system, IUnknown* data, HostIdentity& identity,
+                         ComPtr<IHostSample>& sample, ComPtr<IHostSessionSource>& sessions);
 
 // The bench host's fakes stay in memory after their last release until they are freed
 // (so that one release too many is reported, not a crash), and every read makes a few.
