@@ -145,9 +145,7 @@ void RawCallVoidMethod(benchmark::State& state) {
   const jmethodID touch = env->GetMethodID(Shared().probeClass->Get(), "touch", "(J)V");
   for (auto _ : state) {
     if (env->ExceptionCheck()) break;
-    jvalue value;
-    value.j = 7;
-    env->CallVoidMethodA(probe, touch, &value);
+    env->CallVoidMethod(probe, touch, jlong{7});
   }
 }
 

@@ -9,11 +9,14 @@
 
 #include <jni.h>
 
+#include <utility>
+
 class CJavaVM;
 
 class CJavaString {
  public:
-  CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string);
+  CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
+      : machine_(machine), string_(std::move(string)) {}
   virtual ~CJavaString() {
     if (string_) ForgetIfDetached();
   }

@@ -184,19 +184,9 @@ std::shared_ptr<CJavaString> CJavaVM::NewString(std::basic_string_view<WCHAR> te
   return std::make_shared<CJavaString>(std::move(*string));
 }
 
-std::optional<CJavaString> CJavaVM::NewLocalString(std::basic_string_view<WCHAR> text) {
-  JNIEnv* env = GetEnv();
-  if (!env || env->ExceptionCheck()) return {};
-  if (text.size() > static_cast<size_t>(INT32_MAX)) {
-    tarnix::RaiseIllegalArgument(env, "text too long for a Java string");
-    return {};
-  }
-  static const jchar kEmpty = 0;
-  const jchar* chars = text.empty() ? &kEmpty : reinterpret_cast<const jchar*>(text.data());
-  const jstring made = env->NewString(chars, static_cast<jsize>(text.size()));
-  if (!made) return {};
-  // Made in place: a conversion makes thousands, and each move is a call of its own.
-  return std::optional<CJavaString>(std::in_place, this, tarnix::LocalRef<jstring>(env, made));
+std::optional<CJavaString> CJavaVM::RefuseLongText(JNIEnv* env) {
+  tarnix::RaiseIllegalArgument(env, "text too long for a Java string");
+  return {};
 }
 
 std::shared_ptr<CJavaString> CJavaVM::NewString(const WCHAR* text) {

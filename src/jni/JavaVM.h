@@ -89,8 +89,18 @@ class CJavaVM {
   // on failure, with the Java exception pending. A null pointer is the empty text.
   std::shared_ptr<CJavaString> NewString(std::basic_string_view<WCHAR> text);
   std::shared_ptr<CJavaString> NewString(const WCHAR* text);
-  // The same without the shared handle, for the many strings of one call.
-  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text);
+  // The same without the shared handle, for the many strings of one call: inline, and
+  // made where the caller keeps it.
+  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text) {
+    JNIEnv* env = GetEnv();
+    if (!env || env->ExceptionCheck()) return {};
+    if (text.size() > static_cast<size_t>(INT32_MAX)) return RefuseLongText(env);
+    static const jchar kEmpty = 0;
+    const jchar* chars = text.empty() ? &kEmpty : reinterpret_cast<const jchar*>(text.data());
+    const jstring made = env->NewString(chars, static_cast<jsize>(text.size()));
+    if (!made) return {};
+    return std::optional<CJavaString>(std::in_place, this, tarnix::LocalRef<jstring>(env, made));
+  }
 
   // False when no exception is pending (out untouched). Otherwise clears the exception
   // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
@@ -111,6 +121,8 @@ class CJavaVM {
   DWORD GetCreatingThread() const { return creatingThread_; }
 
  private:
+  // Empty, with an IllegalArgumentException raised.
+  std::optional<CJavaString> RefuseLongText(JNIEnv* env);
   void Register(JNIEnv* env);
   void ForgetClassesAndThreads();
   bool IsRegistered();
