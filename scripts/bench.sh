@@ -25,8 +25,9 @@ cmake --preset linux -B "$build" -DCMAKE_BUILD_TYPE=Release -DTARNIX_BUILD_BENCH
 cmake --build "$build" -j2 --target bridge_bench convert_bench dumpdata_bench startup_bench soak_bench \
   >"$results/build.log"
 
+# A second per repetition: the pairs' medians then move by less than their ratio's margin.
 interleaved=(--benchmark_repetitions="$REPETITIONS" --benchmark_enable_random_interleaving=true
-             --benchmark_report_aggregates_only=true --benchmark_format=json)
+             --benchmark_min_time=1 --benchmark_report_aggregates_only=true --benchmark_format=json)
 echo "bridge primitives against raw JNI ..." >&2
 "$build/bench/bridge_bench" "${interleaved[@]}" \
   --benchmark_filter='^(Bridge|Raw)(NewString|NewLocalObject|NewObjectLocal|NewObject|NewObjectGlobal|CallVoidMethod)(/threads:1)?$' \
