@@ -21,14 +21,6 @@ void RefuseForeignTable(JNIEnv* env, const CJavaClass& javaClass, const MethodEn
 
 }  // namespace
 
-CJavaObject::CJavaObject(CJavaVM* machine, const CJavaClass* javaClass,
-                         tarnix::GlobalRef<jobject> object)
-    : machine_(machine), class_(javaClass), global_(std::move(object)), object_(global_.Get()) {}
-
-CJavaObject::CJavaObject(CJavaVM* machine, const CJavaClass* javaClass,
-                         tarnix::LocalRef<jobject> object)
-    : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
-
 CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
   if (this != &other) {
     ForgetIfDetached();

@@ -23,10 +23,12 @@ class CJavaClass;
 
 class CJavaObject {
  public:
-  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::GlobalRef<jobject> object);
-  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object);
-  // Inline with the move: a conversion moves and ends a thousand objects, most of them
-  // already moved from.
+  // Inline, as the move and the end: a conversion makes, moves and ends a thousand
+  // objects, most of them already moved from when they end.
+  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::GlobalRef<jobject> object)
+      : machine_(machine), class_(javaClass), global_(std::move(object)), object_(global_.Get()) {}
+  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object)
+      : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
   virtual ~CJavaObject() {
     if (local_) ForgetIfDetached();
   }
