@@ -1,8 +1,10 @@
 // The bridge's primitives beside the same JNI calls made by hand with cached ids, on the
-// real JDK. The pairs differ by what the bridge adds: the thread-map lookup, the alias
-// lookup and argument check, and owning every reference.
+// real JDK. Both sides make the same JNI calls, the refusal to call while an exception is
+// pending included, so a pair differs only by what the bridge adds: the thread's
+// environment, the handle's class check, and owning every reference.
 //
 //   build with -DTARNIX_BUILD_BENCH=ON, then: bench/bridge_bench
+#include "jni/JavaClass.h"
 #include "jni/JavaVM.h"
 
 #include <benchmark/benchmark.h>
@@ -19,6 +21,9 @@ constexpr MethodEntry kProbeMethods[] = {
     {"ctor(time)", "<init>", "(J)V"},
     {"touch", "touch", "(J)V"},
 };
+constexpr auto kCtor = tarnix::ConstructorOf<void()>(kProbeMethods, "ctor()");
+constexpr auto kCtorTime = tarnix::ConstructorOf<void(jlong)>(kProbeMethods, "ctor(time)");
+constexpr auto kTouch = tarnix::MethodOf<void(jlong)>(kProbeMethods, "touch");
 
 // One JVM for the whole run; a JVM cannot be made twice in a process.
 struct Bench {
@@ -39,7 +44,7 @@ Bench& Shared() {
       std::exit(1);
     }
     made->probeClass = made->machine->LoadClass(kProbe, kProbeMethods);
-    made->probe = made->probeClass ? made->probeClass->NewObject("ctor()") : nullptr;
+    made->probe = made->probeClass ? made->probeClass->NewObject(kCtor) : nullptr;
     if (!made->probe) {
       std::fprintf(stderr, "no probe class\n");
       std::exit(1);
@@ -54,10 +59,11 @@ const WString kText = WSTR("twenty characters...");
 // Threads of a multi-threaded run attach for the run, as host threads attach per call.
 CJavaVM::ThreadDetachGuard AttachThisThread() { return Shared().machine->AttachForScope(); }
 
+// The strings of a conversion: a local reference owned on the stack.
 void BridgeNewString(benchmark::State& state) {
   auto guard = AttachThisThread();
   CJavaVM& machine = *Shared().machine;
-  for (auto _ : state) benchmark::DoNotOptimize(machine.NewString(kText));
+  for (auto _ : state) benchmark::DoNotOptimize(machine.NewLocalString(kText));
 }
 
 void RawNewString(benchmark::State& state) {
@@ -66,31 +72,25 @@ void RawNewString(benchmark::State& state) {
   const auto* chars = reinterpret_cast<const jchar*>(kText.data());
   const auto length = static_cast<jsize>(kText.size());
   for (auto _ : state) {
+    if (env->ExceptionCheck()) break;
     jstring string = env->NewString(chars, length);
     benchmark::DoNotOptimize(string);
     env->DeleteLocalRef(string);
   }
 }
 
-void BridgeNewObject(benchmark::State& state) {
+// A string handed to a caller that may keep it: the same behind a shared handle.
+void BridgeNewSharedString(benchmark::State& state) {
   auto guard = AttachThisThread();
-  CJavaClass& probeClass = *Shared().probeClass;
-  for (auto _ : state) benchmark::DoNotOptimize(probeClass.NewObject("ctor(time)", jlong{42}));
+  CJavaVM& machine = *Shared().machine;
+  for (auto _ : state) benchmark::DoNotOptimize(machine.NewString(kText));
 }
 
-// The same work as the bridge: a global reference that lives as long as the object.
-void RawNewObjectGlobal(benchmark::State& state) {
+// The objects of a conversion: a local reference owned on the stack.
+void BridgeNewLocalObject(benchmark::State& state) {
   auto guard = AttachThisThread();
-  JNIEnv* env = Shared().machine->GetEnv();
-  const jclass type = Shared().probeClass->Get();
-  const jmethodID constructor = env->GetMethodID(type, "<init>", "(J)V");
-  for (auto _ : state) {
-    jobject local = env->NewObject(type, constructor, jlong{42});
-    jobject global = env->NewGlobalRef(local);
-    env->DeleteLocalRef(local);
-    benchmark::DoNotOptimize(global);
-    env->DeleteGlobalRef(global);
-  }
+  CJavaClass& probeClass = *Shared().probeClass;
+  for (auto _ : state) benchmark::DoNotOptimize(probeClass.NewLocalObject(kCtorTime, jlong{42}));
 }
 
 void RawNewObjectLocal(benchmark::State& state) {
@@ -99,16 +99,43 @@ void RawNewObjectLocal(benchmark::State& state) {
   const jclass type = Shared().probeClass->Get();
   const jmethodID constructor = env->GetMethodID(type, "<init>", "(J)V");
   for (auto _ : state) {
-    jobject local = env->NewObject(type, constructor, jlong{42});
+    if (env->ExceptionCheck()) break;
+    jvalue time;
+    time.j = 42;
+    jobject local = env->NewObjectA(type, constructor, &time);
     benchmark::DoNotOptimize(local);
     env->DeleteLocalRef(local);
+  }
+}
+
+// An object kept beyond the call, pinned by a global reference.
+void BridgeNewObject(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  CJavaClass& probeClass = *Shared().probeClass;
+  for (auto _ : state) benchmark::DoNotOptimize(probeClass.NewObject(kCtorTime, jlong{42}));
+}
+
+void RawNewObjectGlobal(benchmark::State& state) {
+  auto guard = AttachThisThread();
+  JNIEnv* env = Shared().machine->GetEnv();
+  const jclass type = Shared().probeClass->Get();
+  const jmethodID constructor = env->GetMethodID(type, "<init>", "(J)V");
+  for (auto _ : state) {
+    if (env->ExceptionCheck()) break;
+    jvalue time;
+    time.j = 42;
+    jobject local = env->NewObjectA(type, constructor, &time);
+    jobject global = env->NewGlobalRef(local);
+    env->DeleteLocalRef(local);
+    benchmark::DoNotOptimize(global);
+    env->DeleteGlobalRef(global);
   }
 }
 
 void BridgeCallVoidMethod(benchmark::State& state) {
   auto guard = AttachThisThread();
   CJavaObject& probe = *Shared().probe;
-  for (auto _ : state) probe.CallVoidMethod("touch", jlong{7});
+  for (auto _ : state) probe.CallVoidMethod(kTouch, jlong{7});
 }
 
 void RawCallVoidMethod(benchmark::State& state) {
@@ -116,7 +143,10 @@ void RawCallVoidMethod(benchmark::State& state) {
   JNIEnv* env = Shared().machine->GetEnv();
   const jobject probe = Shared().probe->Get();
   const jmethodID touch = env->GetMethodID(Shared().probeClass->Get(), "touch", "(J)V");
-  for (auto _ : state) env->CallVoidMethod(probe, touch, jlong{7});
+  for (auto _ : state) {
+    if (env->ExceptionCheck()) break;
+    env->CallVoidMethod(probe, touch, jlong{7});
+  }
 }
 
 void BridgeGetEnv(benchmark::State& state) {
@@ -125,7 +155,7 @@ void BridgeGetEnv(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(machine.GetEnv());
 }
 
-// What the bridge's refusal to call with an exception pending costs on every call.
+// What the refusal to call with an exception pending costs on every call.
 void RawExceptionCheck(benchmark::State& state) {
   auto guard = AttachThisThread();
   JNIEnv* env = Shared().machine->GetEnv();
@@ -139,7 +169,7 @@ void BridgeAttachCallDetach(benchmark::State& state) {
   std::thread([&] {
     for (auto _ : state) {
       auto guard = machine.AttachForScope();
-      probe.CallVoidMethod("touch", jlong{7});
+      probe.CallVoidMethod(kTouch, jlong{7});
     }
   }).join();
 }
@@ -148,7 +178,9 @@ void BridgeAttachCallDetach(benchmark::State& state) {
 
 BENCHMARK(RawNewString);
 BENCHMARK(BridgeNewString);
+BENCHMARK(BridgeNewSharedString);
 BENCHMARK(RawNewObjectLocal);
+BENCHMARK(BridgeNewLocalObject);
 BENCHMARK(RawNewObjectGlobal);
 BENCHMARK(BridgeNewObject);
 BENCHMARK(RawCallVoidMethod)->Threads(1)->Threads(2);

@@ -6,6 +6,7 @@
 //
 //   build with -DTARNIX_BUILD_BENCH=ON, then: bench/manager/dumpdata_bench
 #include "BenchHost.h"
+#include "HostReads.h"
 #include "RawSample.h"
 #include "RealisticSample.h"
 
@@ -104,9 +105,17 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
   Data& data = TheData();
   int calls = 0;
   for (auto _ : state) {
-    jobject connection = bench::RawConnection(env, ids, WSTR("machine-1"), WSTR("token"), WSTR("vm-7"));
-    jobject sample = bench::RawSample(env, ids, data.realistic.sample.Get(),
-                                      data.realistic.sessions.Get());
+    bench::HostIdentity identity;
+    ComPtr<IHostSample> hostSample;
+    ComPtr<IHostSessionSource> sessions;
+    if (FAILED(bench::ReadDumpDataHost(host.systemInfo.Get(), data.realistic.sample.Get(),
+                                       identity, hostSample, sessions))) {
+      state.SkipWithError("no identity");
+      break;
+    }
+    jobject connection = bench::RawConnection(env, ids, identity.machineId.Get(), WSTR("token"),
+                                              identity.virtualMachineId.Get());
+    jobject sample = bench::RawSample(env, ids, hostSample.Get(), sessions.Get());
     auto answer = static_cast<jstring>(
         env->CallObjectMethod(client->Get(), onDataCollected, connection, sample));
     if (env->ExceptionCheck()) {
@@ -129,6 +138,23 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
   host.ClearRecords();
 }
 
+// The host's side of DumpData(eSample) of the realistic sample alone: the identity, the
+// host's session source and the sample, read as the component reads them.
+void BM_HostOnlyRealisticSample(benchmark::State& state) {
+  bench::BenchHost& host = Host();
+  Data& data = TheData();
+  bench::FakeSweep sweep;
+  for (auto _ : state) {
+    bench::HostIdentity identity;
+    ComPtr<IHostSample> sample;
+    ComPtr<IHostSessionSource> sessions;
+    bench::ReadDumpDataHost(host.systemInfo.Get(), data.realistic.sample.Get(), identity, sample,
+                            sessions);
+    bench::ReadSample(sample.Get(), sessions.Get());
+    sweep.After(state);
+  }
+}
+
 }  // namespace
 
 BENCHMARK(BM_DumpData)
@@ -148,5 +174,6 @@ BENCHMARK(BM_DumpData)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_DumpDataRealisticSample)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_RawJniRealisticSample)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_HostOnlyRealisticSample)->Unit(benchmark::kMicrosecond);
 
 BENCHMARK_MAIN();

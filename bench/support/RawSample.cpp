@@ -12,6 +12,10 @@ namespace {
 
 #define DATAMODEL "Lcom/corvane/zelmar/adapters/brixcommon/datamodel/"
 
+// The component refuses every call while an exception is pending, so it asks before each
+// one (and a converter asks again after it); the comparator asks as often.
+bool Refused(JNIEnv* env) { return env->ExceptionCheck(); }
+
 bool Failed(JNIEnv* env) {
   if (!env->ExceptionCheck()) return false;
   env->ExceptionClear();
@@ -19,6 +23,7 @@ bool Failed(JNIEnv* env) {
 }
 
 jstring RawString(JNIEnv* env, const WCHAR* text, jsize length) {
+  if (Refused(env)) return nullptr;
   return env->NewString(reinterpret_cast<const jchar*>(text ? text : WSTR("")), text ? length : 0);
 }
 
@@ -28,10 +33,14 @@ jstring RawString(JNIEnv* env, BSTR text) {
 
 jobject RawMetric(JNIEnv* env, const RawIds& ids, BSTR name, const VARIANT& value) {
   jstring javaName = RawString(env, name);
-  jobject metric = env->NewObject(ids.metric, ids.metricCtor, javaName);
+  jobject metric = Refused(env) ? nullptr : env->NewObject(ids.metric, ids.metricCtor, javaName);
   env->DeleteLocalRef(javaName);
   if (!metric) {
     Failed(env);
+    return nullptr;
+  }
+  if (Refused(env)) {
+    env->DeleteLocalRef(metric);
     return nullptr;
   }
   switch (value.vt) {
@@ -55,7 +64,7 @@ void RawPutMetrics(JNIEnv* env, const RawIds& ids, jobject target, jmethodID put
   while (metrics->Next(name.Receive(), value.Receive()) == S_OK) {
     jobject metric = RawMetric(env, ids, name.Get(), value.Get());
     if (!metric) continue;
-    env->CallVoidMethod(target, put, metric);
+    if (!Refused(env)) env->CallVoidMethod(target, put, metric);
     Failed(env);
     env->DeleteLocalRef(metric);
   }
@@ -69,14 +78,14 @@ void RawPutRemoteApps(JNIEnv* env, const RawIds& ids, jobject session, IHostSamp
   ComPtr<IHostSample> app;
   while (apps->Next(id.Receive(), app.Receive()) == S_OK) {
     jstring javaId = RawString(env, id.Get());
-    jobject javaApp = env->NewObject(ids.app, ids.appCtor, javaId);
+    jobject javaApp = Refused(env) ? nullptr : env->NewObject(ids.app, ids.appCtor, javaId);
     env->DeleteLocalRef(javaId);
     if (!javaApp) {
       Failed(env);
       continue;
     }
     RawPutMetrics(env, ids, javaApp, ids.appPutMetric, app.Get());
-    env->CallVoidMethod(session, ids.putRemoteApp, javaApp);
+    if (!Refused(env)) env->CallVoidMethod(session, ids.putRemoteApp, javaApp);
     Failed(env);
     env->DeleteLocalRef(javaApp);
   }
@@ -93,9 +102,10 @@ jobject RawSession(JNIEnv* env, const RawIds& ids, IHostUserSession* host) {
   host->get_connected(&connected);
   jstring strings[] = {RawString(env, sid.Get()), RawString(env, user.Get()),
                        RawString(env, domain.Get())};
-  jobject session = env->NewObject(ids.session, ids.sessionCtor, static_cast<jint>(id),
-                                   strings[0], strings[1], strings[2],
-                                   static_cast<jboolean>(connected == 1));
+  jobject session =
+      Refused(env) ? nullptr
+                   : env->NewObject(ids.session, ids.sessionCtor, static_cast<jint>(id), strings[0],
+                                    strings[1], strings[2], static_cast<jboolean>(connected == 1));
   for (jstring string : strings) env->DeleteLocalRef(string);
   if (!session) {
     Failed(env);
@@ -111,7 +121,7 @@ jobject RawSession(JNIEnv* env, const RawIds& ids, IHostUserSession* host) {
       value.ChangeType(VT_BSTR);
       jstring javaName = RawString(env, name.Get());
       jstring javaValue = RawString(env, value.Get().bstrVal);
-      env->CallVoidMethod(session, ids.putProperty, javaName, javaValue);
+      if (!Refused(env)) env->CallVoidMethod(session, ids.putProperty, javaName, javaValue);
       Failed(env);
       env->DeleteLocalRef(javaName);
       env->DeleteLocalRef(javaValue);
@@ -151,6 +161,7 @@ RawIds::RawIds(CJavaVM& vm) {
 jobject RawSample(JNIEnv* env, const RawIds& ids, IHostSample* host, IHostSessionSource* sessions) {
   DATE time = 0;
   if (FAILED(host->get_time(&time))) return nullptr;
+  if (Refused(env)) return nullptr;
   jobject sample = env->NewObject(ids.sample, ids.sampleCtor,
                                   static_cast<jlong>(CJNIConvertor::ToJavaTime(time) * 1000));
   if (!sample) {
@@ -172,7 +183,7 @@ jobject RawSample(JNIEnv* env, const RawIds& ids, IHostSample* host, IHostSessio
     if (!session) continue;
     RawPutMetrics(env, ids, session, ids.sessionPutMetric, instance.Get());
     RawPutRemoteApps(env, ids, session, instance.Get());
-    env->CallVoidMethod(sample, ids.putSession, session);
+    if (!Refused(env)) env->CallVoidMethod(sample, ids.putSession, session);
     Failed(env);
     env->DeleteLocalRef(session);
   }
@@ -189,8 +200,10 @@ jobject RawConnection(JNIEnv* env, const RawIds& ids, const WCHAR* id, const WCH
   jstring strings[] = {RawString(env, id, length(id)), RawString(env, token, length(token)),
                        RawString(env, uniqueId, length(uniqueId)),
                        RawString(env, WSTR("DESKTOP"), 7)};
-  jobject connection = env->NewObject(ids.connection, ids.connectionCtor, strings[0], strings[1],
-                                      strings[2], static_cast<jint>(0x00060600), strings[3]);
+  jobject connection =
+      Refused(env) ? nullptr
+                   : env->NewObject(ids.connection, ids.connectionCtor, strings[0], strings[1],
+                                    strings[2], static_cast<jint>(0x00060600), strings[3]);
   for (jstring string : strings) env->DeleteLocalRef(string);
   if (!connection) Failed(env);
   return connection;

@@ -17,12 +17,8 @@ static_assert(sizeof(kClassNames) / sizeof(kClassNames[0]) ==
 constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ULL;
 constexpr ULONGLONG kTicksPerSecond = 10000000ULL;
 
-}  // namespace
-
-LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
-                          TextInLog visibility) {
-  LocalString string = vm.NewLocalString(text);
-  if (string) return string;
+void LogStringFailure(const HostLog& log, CJavaVM& vm, WStringView text,
+                      TextInLog visibility) {
   WString exception;
   vm.GetExceptionText(exception);
   if (visibility == TextInLog::Hidden) {
@@ -30,7 +26,16 @@ LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
   } else if (log.HasLogger()) {
     log.Error(WSTR("Failed to create a new Java string for %s.  %s"), WString(text), exception);
   }
-  return std::nullopt;
+}
+
+}  // namespace
+
+// One return of one object, so that the string is made where the caller keeps it.
+LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
+                          TextInLog visibility) {
+  LocalString string = vm.NewLocalString(text);
+  if (!string) LogStringFailure(log, vm, text, visibility);
+  return string;
 }
 
 ULONGLONG ToJavaTime(DATE date) {
@@ -44,24 +49,16 @@ ULONGLONG ToJavaTime(DATE date) {
   return (count - kUnixEpochTicks) / kTicksPerSecond;
 }
 
-const CJavaClass* Conversion::Class(DataClass which) {
+void Conversion::LookUp(DataClass which) {
   const size_t index = static_cast<size_t>(which);
-  if (!looked_[index]) {
-    classes_[index] = vm_.GetClass(kClassNames[index]);
-    looked_[index] = true;
-  }
-  return classes_[index].get();
+  classes_[index] = vm_.GetClass(kClassNames[index]);
+  looked_[index] = true;
 }
 
-std::optional<WString> Conversion::TakeException() {
+std::optional<WString> Conversion::TakePendingException() {
   WString text;
   if (!vm_.GetExceptionText(text)) return std::nullopt;
   return text;
-}
-
-bool Conversion::ExceptionPending() const {
-  JNIEnv* env = vm_.GetEnv();
-  return env && env->ExceptionCheck();
 }
 
 void Conversion::LogWithException(const WCHAR* format) {

@@ -1,11 +1,12 @@
 // What every converter does the same way: find its data-model class, make the Java
 // strings it needs (a failure is logged with the text or without it), construct the
-// object by alias (a failure is logged with the Java exception), and call put methods
+// object through its handle (a failure is logged with the Java exception), and call put methods
 // with the pending-exception test after each. One Conversion serves one top-level call,
 // so the classes of a large sample are looked up once, not once per metric.
 #pragma once
 
 #include "common/HostLog.h"
+#include "jni/ClassTable.h"
 #include "jni/JavaClass.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
@@ -78,33 +79,44 @@ class Conversion {
   CJavaVM& Vm() const { return vm_; }
   const HostLog& Log() const { return log_; }
 
-  // The class start-up loaded, or null (start-up has reported that already).
-  const CJavaClass* Class(DataClass which);
+  // The class start-up loaded, or null (start-up has reported that already). Inline, as
+  // the two below: they come with every metric.
+  const CJavaClass* Class(DataClass which) {
+    const size_t index = static_cast<size_t>(which);
+    if (!looked_[index]) LookUp(which);
+    return classes_[index].get();
+  }
 
   // The text of the pending Java exception, which is cleared; nothing when none is
   // pending.
-  std::optional<WString> TakeException();
+  std::optional<WString> TakeException() {
+    if (!ExceptionPending()) return std::nullopt;
+    return TakePendingException();
+  }
   // Whether an exception is pending, leaving it so.
-  bool ExceptionPending() const;
+  bool ExceptionPending() const {
+    JNIEnv* env = vm_.GetEnv();
+    return env && env->ExceptionCheck();
+  }
 
   LocalString String(WStringView text, TextInLog visibility = TextInLog::Shown) {
     return GetJavaString(log_, vm_, text, visibility);
   }
 
   // `failure` is the object-creation message, with one %s for the exception text.
-  template <class... Args>
-  LocalObject Construct(const CJavaClass& javaClass, std::string_view alias,
+  template <class Signature, class... Args>
+  LocalObject Construct(const CJavaClass& javaClass, tarnix::Constructor<Signature> constructor,
                         const WCHAR* failure, const Args&... args) {
-    LocalObject object = javaClass.NewLocalObject(alias, args...);
+    LocalObject object = javaClass.NewLocalObject(constructor, args...);
     if (!object) LogWithException(failure);
     return object;
   }
 
   // Calls a void method; the text of the exception it left, if any, now cleared.
-  template <class... Args>
-  std::optional<WString> Call(const CJavaObject& object, std::string_view alias,
+  template <class Signature, class... Args>
+  std::optional<WString> Call(const CJavaObject& object, tarnix::Method<Signature> method,
                               const Args&... args) {
-    object.CallVoidMethod(alias, args...);
+    object.CallVoidMethod(method, args...);
     return TakeException();
   }
 
@@ -117,6 +129,9 @@ class Conversion {
   WString TimeLabelOf(IHostSample* source);
 
  private:
+  void LookUp(DataClass which);
+  std::optional<WString> TakePendingException();
+
   CJavaVM& vm_;
   const HostLog& log_;
   std::array<std::shared_ptr<CJavaClass>, static_cast<size_t>(DataClass::Count)> classes_;

@@ -43,23 +43,22 @@ constexpr const WCHAR kNetworkInterfacesFailure[] =
     WSTR("ISystemInfo *)");
 
 struct AdapterSetter {
-  const char* alias;
-  BSTR HostNetworkInterfaceRecord::*text;  // null: the link speed
+  tarnix::Method<void(jstring)> method;
+  BSTR HostNetworkInterfaceRecord::*text;
   const WCHAR* failure;
 };
 
 constexpr AdapterSetter kAdapterSetters[] = {
-    {"putMacAddress", &HostNetworkInterfaceRecord::macAddress,
+    {methods::NetworkInterface::putMacAddress, &HostNetworkInterfaceRecord::macAddress,
      WSTR("Failed to set the MAC address on the Java network interface object.  %s")},
-    {"putIpAddress", &HostNetworkInterfaceRecord::ipAddress,
+    {methods::NetworkInterface::putIpAddress, &HostNetworkInterfaceRecord::ipAddress,
      WSTR("Failed to set the IP address on the Java network interface object.  %s")},
-    {"putSubnetMask", &HostNetworkInterfaceRecord::subnetMask,
+    {methods::NetworkInterface::putSubnetMask, &HostNetworkInterfaceRecord::subnetMask,
      WSTR("Failed to set the subnet mask on the Java network interface object.  %s")},
-    {"putSubnet", &HostNetworkInterfaceRecord::subnet,
+    {methods::NetworkInterface::putSubnet, &HostNetworkInterfaceRecord::subnet,
      WSTR("Failed to set the subnet on the Java network interface object.  %s")},
-    {"putLinkSpeed", nullptr,
-     WSTR("Failed to set the link speed on the Java network interface object.  %s")},
 };
+constexpr size_t kTextSetters = sizeof(kAdapterSetters) / sizeof(kAdapterSetters[0]);
 
 }  // namespace
 
@@ -69,24 +68,27 @@ LocalObject GetNetworkInterface(Conversion& c,
   if (!adapterClass) return std::nullopt;
   LocalString description = c.String(View(adapter.description));
   if (!description) return std::nullopt;
-  LocalString texts[4];
-  for (size_t i = 0; i < 4; ++i) {
+  LocalString texts[kTextSetters];
+  for (size_t i = 0; i < kTextSetters; ++i) {
     texts[i] = c.String(View(adapter.*kAdapterSetters[i].text));
     if (!texts[i]) return std::nullopt;
   }
   LocalObject javaAdapter =
-      c.Construct(*adapterClass, "ctor(description)",
+      c.Construct(*adapterClass, methods::NetworkInterface::ctorDescription,
                   WSTR("Failed to create a new Java network interface object.  %s"), *description);
   if (!javaAdapter) return std::nullopt;
-  for (size_t i = 0; i < sizeof(kAdapterSetters) / sizeof(kAdapterSetters[0]); ++i) {
-    const AdapterSetter& setter = kAdapterSetters[i];
-    std::optional<WString> failure =
-        setter.text ? c.Call(*javaAdapter, setter.alias, *texts[i])
-                    : c.Call(*javaAdapter, setter.alias, static_cast<jint>(adapter.linkSpeed));
-    if (failure) {
-      c.Log().Error(setter.failure, *failure);
+  for (size_t i = 0; i < kTextSetters; ++i) {
+    if (std::optional<WString> failure =
+            c.Call(*javaAdapter, kAdapterSetters[i].method, *texts[i])) {
+      c.Log().Error(kAdapterSetters[i].failure, *failure);
       return std::nullopt;
     }
+  }
+  if (std::optional<WString> failure = c.Call(
+          *javaAdapter, methods::NetworkInterface::putLinkSpeed, static_cast<jint>(adapter.linkSpeed))) {
+    c.Log().Error(WSTR("Failed to set the link speed on the Java network interface object.  %s"),
+                  *failure);
+    return std::nullopt;
   }
   return javaAdapter;
 }
@@ -113,12 +115,13 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
   LocalString javaFqdn = c.String(View(fqdn.Get()));
   if (!javaFqdn) return std::nullopt;
   LocalObject desktop =
-      c.Construct(*desktopClass, "ctor(name,FQDN)",
+      c.Construct(*desktopClass, methods::DesktopInformation::ctorNameFQDN,
                   WSTR("Failed to create a new Java desktop object.  %s"), *javaName, *javaFqdn);
   if (!desktop) return std::nullopt;
   LONG memory = 0;
   system->get_totalMemory(&memory);
-  if (std::optional<WString> failure = c.Call(*desktop, "putTotalMemory", static_cast<jint>(memory))) {
+  if (std::optional<WString> failure = c.Call(
+          *desktop, methods::DesktopInformation::putTotalMemory, static_cast<jint>(memory))) {
     c.Log().Error(WSTR("Failed to set total memory on the Java desktop object.  %s"), *failure);
     return std::nullopt;
   }
@@ -127,7 +130,8 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
   for (const HostNetworkInterfaceRecord& record : records) {
     LocalObject adapter = GetNetworkInterface(c, record);
     if (!adapter) continue;
-    if (std::optional<WString> failure = c.Call(*desktop, "addNetworkInterface", *adapter)) {
+    if (std::optional<WString> failure = 
+            c.Call(*desktop, methods::DesktopInformation::addNetworkInterface, *adapter)) {
       c.Log().Error(WSTR("Failed to add network interface '%s' to the Java desktop object.  %s"),
                     WString(View(record.description)), *failure);
     }

@@ -32,7 +32,8 @@ std::shared_ptr<CJavaObject> GetDesktopConnection(IHostLogger* logger,
   tarnix::convert::LocalString deviceType = c.String(DeviceType(system), TextInLog::Shown);
   if (!deviceType) return nullptr;
   return tarnix::convert::Pinned(
-      c.Construct(*connectionClass, "ctor(id,authToken,uniqueId,version,deviceType)",
+      c.Construct(*connectionClass,
+                  tarnix::methods::DesktopConnection::ctorIdAuthTokenUniqueIdVersionDeviceType,
                   WSTR("Failed to create a new Java connection object.  %s"), *id, *authToken,
                   *uniqueId, kDesktopProtocolVersion, *deviceType));
 }

@@ -34,7 +34,7 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   const CJavaClass* mapClass = c.Class(DataClass::HashMap);
   if (!mapClass) return std::nullopt;
   LocalObject map =
-      c.Construct(*mapClass, "ctor()", WSTR("Failed to create a new Java hash map object.  %s"));
+      c.Construct(*mapClass, methods::HashMap::ctor, WSTR("Failed to create a new Java hash map object.  %s"));
   if (!map) return std::nullopt;
   ComPtr<IHostEnumerator> items;
   if (FAILED(attributes->get_Enumerator(items.Receive()))) return std::nullopt;
@@ -47,7 +47,7 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
     LocalString key = c.String(View(name.Get()));
     const bool isText = SUCCEEDED(value.ChangeType(VT_BSTR));
     LocalString text = c.String(isText ? View(value.Get().bstrVal) : WStringView());
-    if (key && text) map->CallVoidMethod("put", *key, *text);
+    if (key && text) map->CallVoidMethod(methods::HashMap::put, *key, *text);
     failedPut.Hold();
   }
   failedPut.Raise();
@@ -71,7 +71,7 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
         GetMetricWithInstances(c, View(name.Get()), instances.Get());
     instances.Reset();
     if (!metric) continue;
-    if (std::optional<WString> failure = c.Call(javaSample, "putMetric", *metric)) {
+    if (std::optional<WString> failure = c.Call(javaSample, methods::BaseSample::putMetric, *metric)) {
       const WString label = c.TimeLabelOf(sample);
       c.Log().Error(WSTR("Failed to add metric '%s' to sample '%s'.  %s"), name.Text(), label,
                     *failure);
@@ -91,7 +91,7 @@ LocalObject GetExtendedSample(Conversion& c, IHostSample* sample,
     return std::nullopt;
   }
   LocalObject javaSample =
-      c.Construct(*sampleClass, "ctor(time)", WSTR("Failed to create a new Java sample object.  %s"),
+      c.Construct(*sampleClass, methods::BaseSample::ctorTime, WSTR("Failed to create a new Java sample object.  %s"),
                   ToJavaMillis(time));
   if (!javaSample) return std::nullopt;
   // The sample goes with the metrics that did go in.

@@ -30,7 +30,7 @@ void PutProperty(Conversion& c, const CJavaObject& javaSession, IHostUserSession
   LocalString javaValue =
       c.String(isText ? View(value.Get().bstrVal) : WStringView());
   if (!javaName || !javaValue) return;
-  if (std::optional<WString> failure = c.Call(javaSession, "putProperty", *javaName, *javaValue)) {
+  if (std::optional<WString> failure = c.Call(javaSession, methods::BaseUserSession::putProperty, *javaName, *javaValue)) {
     const WString label = UserLabel(session);
     c.Log().Error(WSTR("Failed to set user property %s for user %s.  %s"),
                   WString(View(name)), label, *failure);
@@ -80,7 +80,7 @@ LocalObject GetUserSession(Conversion& c, ComPtr<IHostUserSession> session) {
   // Only the host's 1 means connected; its VARIANT_TRUE (-1) has always been sent as not
   // connected, and the server's session states are built on that.
   LocalObject javaSession = c.Construct(
-      *sessionClass, "ctor(id,sid,user,domain,connected)",
+      *sessionClass, methods::BaseUserSession::ctorIdSidUserDomainConnected,
       WSTR("Failed to create a new Java user session object.  %s"), static_cast<jint>(id), *sid,
       *user, *domain, connected == 1);
   if (!javaSession) return std::nullopt;

@@ -101,3 +101,13 @@ bool IsRemoteFailureText(const WString& text) {
   }
   return false;
 }
+
+namespace tarnix {
+
+void RaiseIllegalArgument(JNIEnv* env, const std::string& message) {
+  if (env->ExceptionCheck()) return;
+  LocalRef<jclass> type(env, env->FindClass("java/lang/IllegalArgumentException"));
+  if (type) env->ThrowNew(type.Get(), message.c_str());
+}
+
+}  // namespace tarnix

@@ -1,22 +1,8 @@
 #include "jni/JavaClass.h"
 
-#include "jni/CallArguments.h"
+#include "jni/ExceptionText.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaVM.h"
-#include "jni/Signature.h"
-
-namespace {
-
-// The row of an alias, const or not as the table is.
-template <class Methods>
-auto FindRow(Methods& methods, std::string_view alias) -> decltype(&methods[0]) {
-  for (auto& method : methods) {
-    if (method.alias.size() == alias.size() && method.alias == alias) return &method;
-  }
-  return nullptr;
-}
-
-}  // namespace
 
 CJavaClass::CJavaClass(CJavaVM* machine, std::string name)
     : machine_(machine), name_(std::move(name)) {}
@@ -33,6 +19,8 @@ bool CJavaClass::Initialize(const MethodEntry* table, ULONGLONG count) {
     tarnix::RaiseIllegalArgument(env, "no method table for " + name_);
     return false;
   }
+  std::vector<jmethodID> ids;
+  ids.reserve(static_cast<size_t>(count));
   for (ULONGLONG i = 0; i < count; ++i) {
     const MethodEntry& row = table[i];
     if (!row.alias || !row.name || !row.signature) {
@@ -40,55 +28,41 @@ bool CJavaClass::Initialize(const MethodEntry* table, ULONGLONG count) {
                                             " for " + name_);
       return false;
     }
-    tarnix::JavaMethod method;
-    method.id = env->GetMethodID(class_.Get(), row.name, row.signature);
-    if (!method.id) return false;  // NoSuchMethodError is pending
-    std::string result;
-    if (!tarnix::ParseMethodDescriptor(row.signature, method.parameters, result)) {
-      tarnix::RaiseIllegalArgument(env, std::string("malformed descriptor ") + row.signature);
-      return false;
-    }
-    method.alias = row.alias;
-    method.name = row.name;
-    method.signature = row.signature;
-    method.result = result[0] == '[' ? 'L' : result[0];
-    method.returnsString = result == "Ljava/lang/String;";
-    method.isConstructor = method.name == "<init>";
-    // A later row of the same alias wins.
-    if (tarnix::JavaMethod* earlier = FindRow(methods_, method.alias)) {
-      *earlier = std::move(method);
-    } else {
-      methods_.push_back(std::move(method));
-    }
+    ids.push_back(env->GetMethodID(class_.Get(), row.name, row.signature));
+    if (!ids.back()) return false;  // NoSuchMethodError is pending
   }
+  table_ = table;
+  ids_ = std::move(ids);
   return true;
 }
 
-const tarnix::JavaMethod* CJavaClass::FindMethod(std::string_view alias) const {
-  return FindRow(methods_, alias);
-}
-
 jmethodID CJavaClass::GetMethodId(std::string_view alias) const {
-  const tarnix::JavaMethod* method = FindMethod(alias);
-  return method ? method->id : nullptr;
+  for (size_t row = ids_.size(); row-- > 0;) {
+    if (alias == table_[row].alias) return ids_[row];
+  }
+  return nullptr;
 }
 
-std::optional<CJavaObject> CJavaClass::NewLocalObjectWith(std::string_view alias,
-                                                          tarnix::JavaArguments arguments) const {
-  const tarnix::JavaMethod* method = FindMethod(alias);
-  if (!method || !method->isConstructor) return {};
+std::optional<CJavaObject> CJavaClass::NewLocalObjectWith(const MethodEntry* table, size_t row,
+                                                          const jvalue* values) const {
+  if (table != table_) return {};
   JNIEnv* env = machine_->GetEnv();
   if (!env || env->ExceptionCheck()) return {};
-  tarnix::CallArguments values;
-  if (!values.Prepare(env, *this, alias, *method, arguments)) return {};
-  tarnix::LocalRef<jobject> object(env, env->NewObjectA(class_.Get(), method->id, values.Get()));
-  if (!object) return {};
-  return CJavaObject(machine_, this, std::move(object));
+  const jobject made = env->NewObjectA(class_.Get(), ids_[row], values);
+  if (!made) return {};
+  return std::optional<CJavaObject>(std::in_place, machine_, this,
+                                    tarnix::LocalRef<jobject>(env, made));
 }
 
-std::shared_ptr<CJavaObject> CJavaClass::NewObjectWith(std::string_view alias,
-                                                       tarnix::JavaArguments arguments) const {
-  std::optional<CJavaObject> local = NewLocalObjectWith(alias, arguments);
-  if (!local) return {};
-  return local->MakeGlobal();
+std::shared_ptr<CJavaObject> CJavaClass::NewPinnedObjectWith(const MethodEntry* table,
+                                                             size_t row,
+                                                             const jvalue* values) const {
+  if (table != table_) return {};
+  JNIEnv* env = machine_->GetEnv();
+  if (!env || env->ExceptionCheck()) return {};
+  // Straight to a global reference: no exception can be pending beside a new object.
+  tarnix::GlobalRef<jobject> pinned =
+      tarnix::MakeGlobal(machine_, env, env->NewObjectA(class_.Get(), ids_[row], values));
+  if (!pinned) return {};
+  return std::make_shared<CJavaObject>(machine_, this, std::move(pinned));
 }

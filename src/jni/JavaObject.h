@@ -1,12 +1,13 @@
-// A Java object, with calls of its class's methods by alias. Objects that outlive a call
-// (the message client) are pinned by a global reference and may be released on any
-// thread; the objects of one call hold a local reference of the calling thread and are
-// released on it. It does not keep its class or machine alive: the machine's class cache
-// outlives it.
+// A Java object, with calls of its class's methods through handles of its method table.
+// Objects that outlive a call (the message client) are pinned by a global reference and
+// may be released on any thread; the objects of one call hold a local reference of the
+// calling thread and are released on it. It does not keep its class or machine alive: the
+// machine's class cache outlives it.
 #pragma once
 
 #include "jni/GlobalRef.h"
 #include "jni/JavaArgument.h"
+#include "jni/JavaMethod.h"
 #include "jni/JavaString.h"
 #include "jni/LocalRef.h"
 
@@ -14,47 +15,74 @@
 
 #include <memory>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 class CJavaVM;
 class CJavaClass;
 
 class CJavaObject {
  public:
-  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::GlobalRef<jobject> object);
-  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object);
-  virtual ~CJavaObject();
+  // Inline, as the move and the end: a conversion makes, moves and ends a thousand
+  // objects, most of them already moved from when they end.
+  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::GlobalRef<jobject> object)
+      : machine_(machine), class_(javaClass), global_(std::move(object)), object_(global_.Get()) {}
+  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object)
+      : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
+  virtual ~CJavaObject() {
+    if (local_) ForgetIfDetached();
+  }
   CJavaObject(const CJavaObject&) = delete;
   CJavaObject& operator=(const CJavaObject&) = delete;
   // Movable, so that the objects of one call can live on the stack.
-  CJavaObject(CJavaObject&& other) noexcept;
+  CJavaObject(CJavaObject&& other) noexcept
+      : machine_(other.machine_),
+        class_(other.class_),
+        global_(std::move(other.global_)),
+        local_(std::move(other.local_)),
+        object_(std::exchange(other.object_, nullptr)) {}
   CJavaObject& operator=(CJavaObject&& other) noexcept;
 
-  // Calls that cannot be made (an alias missing from the table, arguments that do not
-  // fit the descriptor, an unattached thread) raise a Java IllegalArgumentException
-  // instead, so the caller's usual exception check reports them. A method that throws
-  // leaves its exception pending.
-  template <class... Args>
-  void CallVoidMethod(std::string_view alias, const Args&... args) const {
-    CallVoidMethodWith(alias, tarnix::MakeJavaArguments(args...));
+  // Calls that cannot be made (a handle of another class's table, a local object used on
+  // another thread, an unattached thread) raise a Java IllegalArgumentException instead,
+  // so the caller's usual exception check reports them; a call made while an exception
+  // is pending does nothing and leaves it so. A method that throws leaves its exception
+  // pending. An object result nobody asked for is deleted at once: on a thread that
+  // stays attached it would otherwise stay in the frame for good.
+  template <class R, class... P, class... Args>
+  void CallVoidMethod(tarnix::Method<R(P...)> method, const Args&... args) const {
+    static_assert(sizeof...(Args) == sizeof...(P), "the method takes other arguments");
+    jmethodID id = nullptr;
+    JNIEnv* env = Enter(method.Table(), method.Row(), id);
+    if (!env) return;
+    if constexpr (std::is_pointer_v<R>) {
+      if (jobject answer = env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...)) {
+        env->DeleteLocalRef(answer);
+      }
+    } else {
+      Invoke<R>(env, id, tarnix::ToJni<P>(args)...);
+    }
   }
   // Never empty: a method that answered null, threw or could not be called gives a
   // CJavaString whose GetText fails.
-  template <class... Args>
-  std::shared_ptr<CJavaString> CallStringMethod(std::string_view alias,
+  template <class R, class... P, class... Args>
+  std::shared_ptr<CJavaString> CallStringMethod(tarnix::Method<R(P...)> method,
                                                 const Args&... args) const {
-    return CallStringMethodWith(alias, tarnix::MakeJavaArguments(args...));
+    static_assert(std::is_same_v<R, jstring>, "the method does not answer a string");
+    return std::make_shared<CJavaString>(machine_, CallObjectMethod(method, args...));
   }
   // Any object result, as a local reference of the calling thread.
-  template <class... Args>
-  tarnix::LocalRef<jobject> CallObjectMethod(std::string_view alias, const Args&... args) const {
-    return CallObjectMethodWith(alias, tarnix::MakeJavaArguments(args...));
+  template <class R, class... P, class... Args>
+  tarnix::LocalRef<R> CallObjectMethod(tarnix::Method<R(P...)> method,
+                                       const Args&... args) const {
+    static_assert(std::is_pointer_v<R>, "the method does not answer an object");
+    static_assert(sizeof...(Args) == sizeof...(P), "the method takes other arguments");
+    jmethodID id = nullptr;
+    JNIEnv* env = Enter(method.Table(), method.Row(), id);
+    if (!env) return {};
+    return tarnix::LocalRef<R>(
+        env, static_cast<R>(env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...)));
   }
-
-  void CallVoidMethodWith(std::string_view alias, tarnix::JavaArguments arguments) const;
-  std::shared_ptr<CJavaString> CallStringMethodWith(std::string_view alias,
-                                                    tarnix::JavaArguments arguments) const;
-  tarnix::LocalRef<jobject> CallObjectMethodWith(std::string_view alias,
-                                                 tarnix::JavaArguments arguments) const;
 
   jobject Get() const { return object_; }
   const CJavaClass* GetClass() const { return class_; }
@@ -65,7 +93,23 @@ class CJavaObject {
   std::shared_ptr<CJavaObject> MakeGlobal() const;
 
  private:
-  JNIEnv* Owner() const { return local_ ? local_.Env() : nullptr; }
+  // The calling thread's environment and the row's id when the call may be made; null
+  // otherwise, with the reason raised unless an exception was already pending.
+  JNIEnv* Enter(const MethodEntry* table, size_t row, jmethodID& id) const;
+  // Through JNI's variadic calls, as hand-written JNI makes them: the values are already
+  // each exactly its parameter's type.
+  template <class R, class... Values>
+  void Invoke(JNIEnv* env, jmethodID id, Values... values) const {
+    if constexpr (std::is_void_v<R>) env->CallVoidMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jboolean>) env->CallBooleanMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jbyte>) env->CallByteMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jchar>) env->CallCharMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jshort>) env->CallShortMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jint>) env->CallIntMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jlong>) env->CallLongMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jfloat>) env->CallFloatMethod(object_, id, values...);
+    else env->CallDoubleMethod(object_, id, values...);
+  }
   void ForgetIfDetached();
 
   CJavaVM* machine_;

@@ -5,11 +5,6 @@
 
 #include <algorithm>
 
-CJavaString::CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
-    : machine_(machine), string_(std::move(string)) {}
-
-CJavaString::~CJavaString() { ForgetIfDetached(); }
-
 CJavaString& CJavaString::operator=(CJavaString&& other) noexcept {
   if (this != &other) {
     ForgetIfDetached();

@@ -9,12 +9,17 @@
 
 #include <jni.h>
 
+#include <utility>
+
 class CJavaVM;
 
 class CJavaString {
  public:
-  CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string);
-  virtual ~CJavaString();
+  CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
+      : machine_(machine), string_(std::move(string)) {}
+  virtual ~CJavaString() {
+    if (string_) ForgetIfDetached();
+  }
   CJavaString(const CJavaString&) = delete;
   CJavaString& operator=(const CJavaString&) = delete;
   // Movable, so that the strings of one call can live on the stack.

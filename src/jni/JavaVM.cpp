@@ -1,6 +1,6 @@
 #include "jni/JavaVM.h"
 
-#include "jni/CallArguments.h"
+#include "jni/ExceptionText.h"
 #include "jni/JavaString.h"
 
 #include "platform/JavaRuntime.h"
@@ -14,13 +14,6 @@ namespace {
 std::atomic<std::uint64_t> g_lastThreadsVersion{0};
 
 std::uint64_t NewThreadsVersion() { return g_lastThreadsVersion.fetch_add(1) + 1; }
-
-// The calling thread's last answer from a machine's thread map.
-struct RememberedEnv {
-  std::uint64_t version = 0;
-  JNIEnv* env = nullptr;
-};
-thread_local RememberedEnv t_remembered;
 
 }  // namespace
 
@@ -93,14 +86,6 @@ LONG CJavaVM::Create(std::vector<std::string> options) {
   return 0;
 }
 
-JNIEnv* CJavaVM::GetEnv() {
-  // Only the thread itself changes its own entry (attach, detach); other threads can only
-  // empty the whole map, which changes the version.
-  const RememberedEnv& remembered = t_remembered;
-  if (remembered.version == threadsVersion_.load(std::memory_order_acquire)) return remembered.env;
-  return LookUpEnv();
-}
-
 JNIEnv* CJavaVM::LookUpEnv() {
   const DWORD thread = GetCurrentThreadId();
   std::lock_guard<std::mutex> lock(environmentLock_);
@@ -112,7 +97,8 @@ JNIEnv* CJavaVM::LookUpEnv() {
 
 // Called with the environment lock held, so the version cannot move underneath.
 void CJavaVM::RememberEnv(JNIEnv* env) const {
-  t_remembered = RememberedEnv{threadsVersion_.load(std::memory_order_relaxed), env};
+  tarnix::detail::t_rememberedEnv =
+      tarnix::detail::RememberedEnv{threadsVersion_.load(std::memory_order_relaxed), env};
 }
 
 bool CJavaVM::IsRegistered() { return GetEnv() != nullptr; }
@@ -198,18 +184,9 @@ std::shared_ptr<CJavaString> CJavaVM::NewString(std::basic_string_view<WCHAR> te
   return std::make_shared<CJavaString>(std::move(*string));
 }
 
-std::optional<CJavaString> CJavaVM::NewLocalString(std::basic_string_view<WCHAR> text) {
-  JNIEnv* env = GetEnv();
-  if (!env || env->ExceptionCheck()) return {};
-  if (text.size() > static_cast<size_t>(INT32_MAX)) {
-    tarnix::RaiseIllegalArgument(env, "text too long for a Java string");
-    return {};
-  }
-  static const jchar kEmpty = 0;
-  const jchar* chars = text.empty() ? &kEmpty : reinterpret_cast<const jchar*>(text.data());
-  tarnix::LocalRef<jstring> string(env, env->NewString(chars, static_cast<jsize>(text.size())));
-  if (!string) return {};
-  return CJavaString(this, std::move(string));
+std::optional<CJavaString> CJavaVM::RefuseLongText(JNIEnv* env) {
+  tarnix::RaiseIllegalArgument(env, "text too long for a Java string");
+  return {};
 }
 
 std::shared_ptr<CJavaString> CJavaVM::NewString(const WCHAR* text) {

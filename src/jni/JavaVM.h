@@ -21,6 +21,15 @@
 #include <string_view>
 #include <vector>
 
+namespace tarnix::detail {
+// The calling thread's last answer from a machine's thread map, good while that machine's
+// thread map is still the one `version` names.
+struct RememberedEnv {
+  std::uint64_t version = 0;
+  JNIEnv* env = nullptr;
+};
+inline thread_local RememberedEnv t_rememberedEnv;
+}  // namespace tarnix::detail
 
 class CJavaVM {
  public:
@@ -39,7 +48,15 @@ class CJavaVM {
   // The calling thread's environment as registered here; null for a thread this machine
   // has not attached (even if something else attached it). Every bridge call asks, so the
   // answer is remembered per thread and the thread map is consulted only on a miss.
-  JNIEnv* GetEnv();
+  JNIEnv* GetEnv() {
+    // Only the thread itself changes its own entry (attach, detach); other threads can
+    // only empty the whole map, which changes the version.
+    const tarnix::detail::RememberedEnv& remembered = tarnix::detail::t_rememberedEnv;
+    if (remembered.version == threadsVersion_.load(std::memory_order_acquire)) {
+      return remembered.env;
+    }
+    return LookUpEnv();
+  }
   // 0 or the machine's JNI code. A thread already registered is not attached again.
   LONG AttachCurrentThread();
   // 0 or the machine's JNI code. The creating thread is never detached. Attachments do
@@ -72,8 +89,18 @@ class CJavaVM {
   // on failure, with the Java exception pending. A null pointer is the empty text.
   std::shared_ptr<CJavaString> NewString(std::basic_string_view<WCHAR> text);
   std::shared_ptr<CJavaString> NewString(const WCHAR* text);
-  // The same without the shared handle, for the many strings of one call.
-  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text);
+  // The same without the shared handle, for the many strings of one call: inline, and
+  // made where the caller keeps it.
+  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text) {
+    JNIEnv* env = GetEnv();
+    if (!env || env->ExceptionCheck()) return {};
+    if (text.size() > static_cast<size_t>(INT32_MAX)) return RefuseLongText(env);
+    static const jchar kEmpty = 0;
+    const jchar* chars = text.empty() ? &kEmpty : reinterpret_cast<const jchar*>(text.data());
+    const jstring made = env->NewString(chars, static_cast<jsize>(text.size()));
+    if (!made) return {};
+    return std::optional<CJavaString>(std::in_place, this, tarnix::LocalRef<jstring>(env, made));
+  }
 
   // False when no exception is pending (out untouched). Otherwise clears the exception
   // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
@@ -94,6 +121,8 @@ class CJavaVM {
   DWORD GetCreatingThread() const { return creatingThread_; }
 
  private:
+  // Empty, with an IllegalArgumentException raised.
+  std::optional<CJavaString> RefuseLongText(JNIEnv* env);
   void Register(JNIEnv* env);
   void ForgetClassesAndThreads();
   bool IsRegistered();

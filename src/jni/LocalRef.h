@@ -11,12 +11,27 @@
 
 namespace tarnix {
 
+namespace detail {
+// Every local reference records its thread, and a conversion makes thousands. Where the
+// system's answer is a call into the POSIX layer's library, it is asked once per thread
+// (its ids are never reused); Windows answers from the thread's own block anyway.
+inline DWORD CurrentThread() {
+#ifdef _WIN32
+  return GetCurrentThreadId();
+#else
+  static thread_local DWORD id = 0;
+  if (id == 0) id = GetCurrentThreadId();
+  return id;
+#endif
+}
+}  // namespace detail
+
 template <class T>
 class LocalRef {
  public:
   LocalRef() = default;
   // Adopts a local reference that env just returned (a null one is fine).
-  LocalRef(JNIEnv* env, T ref) : env_(env), ref_(ref), owner_(GetCurrentThreadId()) {}
+  LocalRef(JNIEnv* env, T ref) : env_(env), ref_(ref), owner_(detail::CurrentThread()) {}
   LocalRef(LocalRef&& other) noexcept
       : env_(other.env_), ref_(std::exchange(other.ref_, nullptr)), owner_(other.owner_) {}
   LocalRef& operator=(LocalRef&& other) noexcept {
@@ -45,8 +60,9 @@ class LocalRef {
     if (!ref) return;
     // Deleting through another thread's environment corrupts that thread's frame; a
     // reference that has wandered off its thread is left for its frame to drop.
-    assert(owner_ == GetCurrentThreadId() && "local reference released on a foreign thread");
-    if (owner_ == GetCurrentThreadId()) env_->DeleteLocalRef(ref);
+    const DWORD current = detail::CurrentThread();
+    assert(owner_ == current && "local reference released on a foreign thread");
+    if (owner_ == current) env_->DeleteLocalRef(ref);
   }
 
  private:

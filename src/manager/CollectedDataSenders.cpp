@@ -4,10 +4,13 @@
 
 #include "common/SystemService.h"
 #include "convert/JNIConvertor.h"
+#include "jni/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "manager/DispatchConversions.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
+
+using Client = tarnix::methods::DesktopMessageClient;
 
 namespace tarnix {
 namespace {
@@ -59,7 +62,8 @@ DispatchOutcome SendSample(const DispatchCall& call) {
   const std::shared_ptr<CJavaObject> javaSample =
       convertor.GetSample(call.machine, sample.Get(), sessions.Get());
   if (!javaSample) return {E_FAIL, nullptr};
-  return {S_OK, call.client.CallStringMethod("onDataCollected", *connection.object, *javaSample)};
+  return {S_OK,
+          call.client.CallStringMethod(Client::onDataCollected, *connection.object, *javaSample)};
 }
 
 DispatchOutcome SendExtendedData(const DispatchCall& call) {
@@ -84,8 +88,8 @@ DispatchOutcome SendExtendedData(const DispatchCall& call) {
       call.machine, QueryData<IHostSample>(call.data, IID_IHostSample).Get(), extendedMetrics.Get());
   if (!javaSample) return {E_FAIL, nullptr, std::move(refused)};
   return {S_OK,
-          call.client.CallStringMethod("onExtendedDataCollected", *connection.object, *map,
-                                       *javaSample),
+          call.client.CallStringMethod(Client::onExtendedDataCollected, *connection.object,
+                                       *map, *javaSample),
           std::move(refused)};
 }
 
@@ -127,7 +131,8 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
     return {E_FAIL, nullptr, std::move(refused)};
   }
   return {S_OK,
-          call.client.CallStringMethod("onActionPerformed", *connection.object, *map, *javaRoute),
+          call.client.CallStringMethod(Client::onActionPerformed, *connection.object, *map,
+                                       *javaRoute),
           std::move(refused)};
 }
 
@@ -140,7 +145,8 @@ DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
   const std::shared_ptr<CJavaString> empty = RequiredString(*call.machine, WString());
   if (!empty) return {E_FAIL, nullptr};
   return {S_OK,
-          call.client.CallStringMethod("onDesktopPoll", *connection.object, JavaNumber(call), *empty)};
+          call.client.CallStringMethod(Client::onDesktopPoll, *connection.object,
+                                       JavaNumber(call), *empty)};
 }
 
 }  // namespace tarnix

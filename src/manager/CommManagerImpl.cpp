@@ -1,6 +1,7 @@
 #include "manager/CommManagerImpl.h"
 
 #include "common/Bstr.h"
+#include "jni/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaVM.h"
 #include "jni/LocalFrame.h"
@@ -9,6 +10,8 @@
 #if defined(__SANITIZE_ADDRESS__) && !defined(_MSC_VER)
 #include <sanitizer/lsan_interface.h>
 #endif
+
+using Client = tarnix::methods::DesktopMessageClient;
 
 using tarnix::CallbackKey;
 
@@ -164,7 +167,7 @@ LONG CRMICommManagerImpl::Teardown() {
   std::lock_guard<std::recursive_mutex> lock(lock_);
   if (messageClient_ && javaVM_) {
     const tarnix::LocalFrame frame(javaVM_->GetEnv());
-    messageClient_->CallVoidMethod("dispose");
+    messageClient_->CallVoidMethod(Client::dispose);
     // Nobody is told about a failed dispose, but its exception must not stay pending.
     WString ignored;
     javaVM_->GetExceptionText(ignored);

@@ -14,6 +14,8 @@
 #include <cstring>
 #include <iterator>
 
+using Client = tarnix::methods::DesktopMessageClient;
+
 using tarnix::classes::kClassTable;
 
 namespace {
@@ -98,7 +100,8 @@ HRESULT CRMICommManagerImpl::StartLoggerFactory() {
     log_.Error(tarnix::messages::kJavaStringFailed, folder, tarnix::TakeJavaException(*javaVM_));
     return E_FAIL;
   }
-  loggerFactory_ = factoryClass->NewObject("ctor(folder)", folderText);
+  loggerFactory_ =
+      factoryClass->NewObject(tarnix::methods::InstanceLoggerFactory::ctorFolder, folderText);
   if (!loggerFactory_) {
     log_.Error(WSTR("Failed to Initialize the Message Server Logger.  %s"),
                tarnix::TakeJavaException(*javaVM_));
@@ -119,7 +122,7 @@ HRESULT CRMICommManagerImpl::StartMessageClient() {
     }
   }
   if (!clientClass) return E_FAIL;
-  messageClient_ = clientClass->NewObject("ctor()");
+  messageClient_ = clientClass->NewObject(Client::ctor);
   if (!messageClient_) {
     log_.Error(WSTR("Failed to create a new message client.  %s"),
                tarnix::TakeJavaException(*javaVM_));

@@ -1,6 +1,7 @@
 // Keeping the Java client pointed at the message server the host's calls name.
 #include "manager/CommManagerImpl.h"
 
+#include "jni/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"
@@ -9,6 +10,8 @@
 #include "manager/JavaStartup.h"
 #include "manager/ManagerMessages.h"
 #include "manager/ResultCodes.h"
+
+using Client = tarnix::methods::DesktopMessageClient;
 
 using tarnix::CallbackKey;
 
@@ -65,7 +68,7 @@ HRESULT CRMICommManagerImpl::PushServerConfig(const CallbackKey& config) {
                tarnix::TakeJavaException(*machine));
     return E_FAIL;
   }
-  client->CallVoidMethod("setProviderUrl", url);
+  client->CallVoidMethod(Client::setProviderUrl, url);
   WString failure;
   if (machine->GetExceptionText(failure)) {
     log_.Error(WSTR("Failed to set the message server URL in the Java client.  %s"), failure);
@@ -86,7 +89,7 @@ HRESULT CRMICommManagerImpl::PushServerConfig(const CallbackKey& config) {
                tarnix::TakeJavaException(*machine));
     return E_FAIL;
   }
-  client->CallVoidMethod("initialize", directory, certificate);
+  client->CallVoidMethod(Client::initialize, directory, certificate);
   if (machine->GetExceptionText(failure)) {
     log_.Error(WSTR("Failed to initialize RMI in the Java client.  %s"), failure);
     return E_FAIL;

@@ -3,8 +3,11 @@
 #include "manager/Dispatch.h"
 
 #include "convert/JNIConvertor.h"
+#include "jni/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "manager/DispatchConversions.h"
+
+using Client = tarnix::methods::DesktopMessageClient;
 
 namespace tarnix {
 namespace {
@@ -32,7 +35,8 @@ struct SessionWithDesktop : SessionOnly {
   bool Ready() const { return desktop.object != nullptr; }
 };
 
-DispatchOutcome SendSessionEvent(const DispatchCall& call, const char* method) {
+DispatchOutcome SendSessionEvent(const DispatchCall& call,
+                                 tarnix::Method<void(jobject, jlong, jobject)> method) {
   const SessionOnly parts(call);
   if (!parts.Ready()) return parts.failure;
   call.client.CallVoidMethod(method, *parts.connection.object, JavaNumber(call),
@@ -60,7 +64,7 @@ void PutLastSample(const DispatchCall& call, const CJavaObject& javaSession) {
 DispatchOutcome SendLogon(const DispatchCall& call) {
   const SessionWithDesktop parts(call);
   if (!parts.Ready()) return parts.failure;
-  return {S_OK, call.client.CallStringMethod("onUserLogon", *parts.connection.object,
+  return {S_OK, call.client.CallStringMethod(Client::onUserLogon, *parts.connection.object,
                                              *parts.desktop.object, JavaNumber(call),
                                              *parts.session.object)};
 }
@@ -68,24 +72,24 @@ DispatchOutcome SendLogon(const DispatchCall& call) {
 DispatchOutcome SendRefresh(const DispatchCall& call) {
   const SessionWithDesktop parts(call);
   if (!parts.Ready()) return parts.failure;
-  call.client.CallVoidMethod("refreshSession", *parts.connection.object, JavaNumber(call),
+  call.client.CallVoidMethod(Client::refreshSession, *parts.connection.object, JavaNumber(call),
                              *parts.desktop.object, *parts.session.object);
   return {};
 }
 
 DispatchOutcome SendReconnect(const DispatchCall& call) {
-  return SendSessionEvent(call, "onUserReconnect");
+  return SendSessionEvent(call, Client::onUserReconnect);
 }
 
 DispatchOutcome SendDisconnect(const DispatchCall& call) {
-  return SendSessionEvent(call, "onUserDisconnect");
+  return SendSessionEvent(call, Client::onUserDisconnect);
 }
 
 DispatchOutcome SendLogoff(const DispatchCall& call) {
   const SessionOnly parts(call);
   if (!parts.Ready()) return parts.failure;
   PutLastSample(call, *parts.session.object);
-  call.client.CallVoidMethod("onUserLogoff", *parts.connection.object, JavaNumber(call),
+  call.client.CallVoidMethod(Client::onUserLogoff, *parts.connection.object, JavaNumber(call),
                              *parts.session.object);
   return {};
 }

@@ -1,9 +1,12 @@
 #include "manager/Dispatch.h"
 
 #include "manager/DispatchConversions.h"
+#include "jni/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"
+
+using Client = tarnix::methods::DesktopMessageClient;
 
 namespace tarnix {
 
@@ -13,7 +16,7 @@ DispatchOutcome SendStartup(const DispatchCall& call) {
   if (!text) return {E_FAIL, nullptr};
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  return {S_OK, call.client.CallStringMethod("onStartup", text, *connection.object)};
+  return {S_OK, call.client.CallStringMethod(Client::onStartup, text, *connection.object)};
 }
 
 }  // namespace tarnix

@@ -12,6 +12,7 @@ namespace {
 
 using namespace tarnix::testing;
 namespace classes = tarnix::classes;
+namespace methods = tarnix::methods;
 
 class ClassTableTest : public ::testing::Test {
  protected:
@@ -41,26 +42,26 @@ class ClassTableTest : public ::testing::Test {
 
 TEST_F(ClassTableTest, MessageClientRecordsWhatArrivedAndAnswersAsTold) {
   JavaControl control(*machine_);
-  auto client = Class(classes::kDesktopMessageClient)->NewObject("ctor()");
+  auto client = Class(classes::kDesktopMessageClient)->NewObject(methods::DesktopMessageClient::ctor);
   ASSERT_TRUE(client);
   auto connection = Class(classes::kDesktopConnection)
-                        ->NewObject("ctor(id,authToken,uniqueId,version,deviceType)",
+                        ->NewObject(methods::DesktopConnection::ctorIdAuthTokenUniqueIdVersionDeviceType,
                                     Text(WSTR("vm-1")), Text(WSTR("token")), Text(WSTR("u-1")), 7,
                                     Text(WSTR("desktop")));
-  auto sample = Class(classes::kBaseSample)->NewObject("ctor(time)", jlong{946684800000});
-  auto metric = Class(classes::kBaseMetric)->NewObject("ctor(name)", Text(WSTR("cpu")));
+  auto sample = Class(classes::kBaseSample)->NewObject(methods::BaseSample::ctorTime, jlong{946684800000});
+  auto metric = Class(classes::kBaseMetric)->NewObject(methods::BaseMetric::ctorName, Text(WSTR("cpu")));
   ASSERT_TRUE(connection && sample && metric);
-  metric->CallVoidMethod("putDoubleValue", 12.5);
-  sample->CallVoidMethod("putMetric", metric);
+  metric->CallVoidMethod(methods::BaseMetric::putDoubleValue, 12.5);
+  sample->CallVoidMethod(methods::BaseSample::putMetric, metric);
   control.ClearCalls();
 
   control.SetAnswer("onDataCollected", std::string("<actions/>"));
   WString answer;
-  EXPECT_TRUE(client->CallStringMethod("onDataCollected", connection, sample)->GetText(answer));
+  EXPECT_TRUE(client->CallStringMethod(methods::DesktopMessageClient::onDataCollected, connection, sample)->GetText(answer));
   EXPECT_EQ(Narrow(answer), "<actions/>");
   control.SetAnswer("onDataCollected", std::nullopt);
-  EXPECT_FALSE(client->CallStringMethod("onDataCollected", connection, sample)->GetText(answer));
-  client->CallVoidMethod("onUserLogoff", connection, jlong{42}, nullptr);
+  EXPECT_FALSE(client->CallStringMethod(methods::DesktopMessageClient::onDataCollected, connection, sample)->GetText(answer));
+  client->CallVoidMethod(methods::DesktopMessageClient::onUserLogoff, connection, jlong{42}, nullptr);
 
   const std::vector<std::string> calls = control.Calls();
   ASSERT_EQ(calls.size(), 3u);
@@ -77,54 +78,54 @@ TEST_F(ClassTableTest, MessageClientRecordsWhatArrivedAndAnswersAsTold) {
 
 TEST_F(ClassTableTest, StandInsThrowWhatTheyAreToldTo) {
   JavaControl control(*machine_);
-  auto client = Class(classes::kDesktopMessageClient)->NewObject("ctor()");
-  auto connection = Class(classes::kDesktopConnection)->NewObject("ctor()");
+  auto client = Class(classes::kDesktopMessageClient)->NewObject(methods::DesktopMessageClient::ctor);
+  auto connection = Class(classes::kDesktopConnection)->NewObject(methods::DesktopConnection::ctor);
   ASSERT_TRUE(client && connection);
 
   control.ThrowIn("DesktopMessageClient.onDesktopPoll", "java.rmi.ConnectException",
                   "Connection refused to host: 127.0.0.1");
-  EXPECT_EQ(client->CallStringMethod("onDesktopPoll", connection, jlong{1}, Text(WSTR("")))->Get(),
+  EXPECT_EQ(client->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection, jlong{1}, Text(WSTR("")))->Get(),
             nullptr);
   WString text;
   ASSERT_TRUE(machine_->GetExceptionText(text));
   EXPECT_TRUE(IsRemoteFailureText(text)) << Narrow(text);
 
   control.ThrowIn("DesktopMessageClient.onDesktopPoll", "java.lang.NullPointerException", "");
-  client->CallStringMethod("onDesktopPoll", connection, jlong{1}, Text(WSTR("")));
+  client->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection, jlong{1}, Text(WSTR("")));
   ASSERT_TRUE(machine_->GetExceptionText(text));
   EXPECT_FALSE(IsRemoteFailureText(text)) << Narrow(text);
 
   // Only the second put of a list fails; constructors fail as a whole.
   auto session = Class(classes::kBaseUserSession)
-                     ->NewObject("ctor(id,sid,user,domain,connected)", 3, Text(WSTR("S-1")),
+                     ->NewObject(methods::BaseUserSession::ctorIdSidUserDomainConnected, 3, Text(WSTR("S-1")),
                                  Text(WSTR("ann")), Text(WSTR("CORP")), true);
   ASSERT_TRUE(session);
   control.ThrowOnHit("BaseUserSession.putProperty", 2, "java.lang.IllegalStateException", "full");
-  session->CallVoidMethod("putProperty", Text(WSTR("a")), Text(WSTR("1")));
+  session->CallVoidMethod(methods::BaseUserSession::putProperty, Text(WSTR("a")), Text(WSTR("1")));
   EXPECT_EQ(TakeException(), "");
-  session->CallVoidMethod("putProperty", Text(WSTR("b")), Text(WSTR("2")));
+  session->CallVoidMethod(methods::BaseUserSession::putProperty, Text(WSTR("b")), Text(WSTR("2")));
   EXPECT_EQ(TakeException().rfind("java.lang.IllegalStateException: full", 0), 0u);
-  session->CallVoidMethod("putProperty", Text(WSTR("c")), Text(WSTR("3")));
+  session->CallVoidMethod(methods::BaseUserSession::putProperty, Text(WSTR("c")), Text(WSTR("3")));
   EXPECT_EQ(TakeException(), "");
   EXPECT_EQ(control.Describe(session->Get()),
             "BaseUserSession{id=3, sid=\"S-1\", user=\"ann\", domain=\"CORP\", connected=true, "
             "properties={\"a\"=\"1\", \"c\"=\"3\"}, metrics=[], remoteApps=[]}");
 
   control.ThrowIn("NetworkInterface.<init>", "java.lang.IllegalStateException", "no card");
-  EXPECT_FALSE(Class(classes::kNetworkInterface)->NewObject("ctor(description)", Text(WSTR("eth0"))));
+  EXPECT_FALSE(Class(classes::kNetworkInterface)->NewObject(methods::NetworkInterface::ctorDescription, Text(WSTR("eth0"))));
   EXPECT_EQ(TakeException().rfind("java.lang.IllegalStateException: no card", 0), 0u);
   control.ClearFaults();
 }
 
 TEST_F(ClassTableTest, MapPutKeepsNoLocalForItsAnswer) {
   JavaControl control(*machine_);
-  auto map = Class(classes::kHashMap)->NewObject("ctor()");
+  auto map = Class(classes::kHashMap)->NewObject(methods::HashMap::ctor);
   ASSERT_TRUE(map);
   for (int i = 0; i < 100; ++i) {
     auto key = Text(WSTR("key"));
-    map->CallVoidMethod("put", key, Text(WSTR("value")));
+    map->CallVoidMethod(methods::HashMap::put, key, Text(WSTR("value")));
   }
-  map->CallVoidMethod("put", Text(WSTR("other")), nullptr);
+  map->CallVoidMethod(methods::HashMap::put, Text(WSTR("other")), nullptr);
   EXPECT_EQ(control.Describe(map->Get()), "{\"key\"=\"value\", \"other\"=null}");
 }
 

@@ -21,7 +21,7 @@ class ExceptionTextTest : public ::testing::Test {
     env_ = machine_->GetEnv();
     auto probeClass = machine_->LoadClass(kProbe, kProbeMethods);
     ASSERT_TRUE(probeClass);
-    probe_ = probeClass->NewObject("ctor()");
+    probe_ = probeClass->NewObject(Probe::ctor);
     ASSERT_TRUE(probe_);
   }
 
@@ -55,12 +55,12 @@ class ExceptionTextTest : public ::testing::Test {
     return reading;
   }
 
-  void Throw(const char* alias, const WCHAR* message = nullptr) {
-    if (message) {
-      probe_->CallVoidMethod(alias, machine_->NewString(message));
-    } else {
-      probe_->CallVoidMethod(alias);
-    }
+  void Throw(tarnix::Method<void(jstring)> method, const WCHAR* message) {
+    probe_->CallVoidMethod(method, machine_->NewString(message));
+    ASSERT_TRUE(env_->ExceptionCheck());
+  }
+  void Throw(tarnix::Method<void()> method) {
+    probe_->CallVoidMethod(method);
     ASSERT_TRUE(env_->ExceptionCheck());
   }
 
@@ -76,7 +76,7 @@ TEST_F(ExceptionTextTest, NothingPendingLeavesTheTextAlone) {
 }
 
 TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
-  Throw("throwWithFrames", WSTR("boom"));
+  Throw(Probe::throwWithFrames, WSTR("boom"));
   const Reading reading = Read(WSTR("replaced"));
   EXPECT_TRUE(reading.pending);
   EXPECT_EQ(reading.text, reading.javasOwn);
@@ -92,20 +92,20 @@ TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
 }
 
 TEST_F(ExceptionTextTest, EmptyStackGivesTheFirstLineAlone) {
-  Throw("throwWithoutStack", WSTR("quiet"));
+  Throw(Probe::throwWithoutStack, WSTR("quiet"));
   const Reading reading = Read();
   EXPECT_EQ(reading.text, "java.lang.IllegalStateException: quiet");
 }
 
 TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
-  Throw("throwNullText");
+  Throw(Probe::throwNullText);
   Reading reading = Read();
   EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwNullText(Probe.java:", 0), 0u)
       << reading.text;
   EXPECT_EQ(reading.text, reading.javasOwn);
 
   // A toString() that throws in turn is as good as none, and its exception goes too.
-  Throw("throwBrokenText");
+  Throw(Probe::throwBrokenText);
   reading = Read();
   EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0),
             0u)
@@ -113,19 +113,19 @@ TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
 }
 
 TEST_F(ExceptionTextTest, MessageTextPassesThroughTheThreadCodePage) {
-  Throw("throwWithoutStack", WSTR("Grüße \u20AC"));
+  Throw(Probe::throwWithoutStack, WSTR("Grüße \u20AC"));
   EXPECT_EQ(Read().text, "java.lang.IllegalStateException: Grüße \u20AC");
 }
 
 TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
-  probe_->CallVoidMethod("throwNamed", machine_->NewString(WSTR("java.rmi.ConnectException")),
+  probe_->CallVoidMethod(Probe::throwNamed, machine_->NewString(WSTR("java.rmi.ConnectException")),
                          machine_->NewString(WSTR("Connection refused to host: 127.0.0.1")));
   WString remote;
   ASSERT_TRUE(machine_->GetExceptionText(remote));
   EXPECT_EQ(Narrow(remote).rfind("java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0), 0u);
   EXPECT_TRUE(IsRemoteFailureText(remote));
 
-  probe_->CallVoidMethod("throwNamed", machine_->NewString(WSTR("java.lang.NullPointerException")),
+  probe_->CallVoidMethod(Probe::throwNamed, machine_->NewString(WSTR("java.lang.NullPointerException")),
                          nullptr);
   WString local;
   ASSERT_TRUE(machine_->GetExceptionText(local));
@@ -136,7 +136,7 @@ TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
 TEST_F(ExceptionTextTest, ReadingManyExceptionsKeepsTheFrameSmall) {
   // The JVM's JNI checks (the suite's second pass) report locals that pile up.
   for (int i = 0; i < 300; ++i) {
-    Throw("throwWithFrames", WSTR("again"));
+    Throw(Probe::throwWithFrames, WSTR("again"));
     WString text;
     ASSERT_TRUE(machine_->GetExceptionText(text));
   }

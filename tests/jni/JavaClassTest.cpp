@@ -48,7 +48,7 @@ TEST_F(JavaClassTest, EmptyTableLoadsAClassWithoutMethods) {
   ASSERT_TRUE(map);
   EXPECT_NE(map->Get(), nullptr);
   EXPECT_EQ(map->GetMethodId("ctor()"), nullptr);
-  EXPECT_FALSE(map->NewObject("ctor()"));
+  EXPECT_FALSE(map->NewObject(tarnix::methods::HashMap::ctor));
   EXPECT_FALSE(env_->ExceptionCheck());
 }
 
@@ -84,17 +84,18 @@ TEST_F(JavaClassTest, MalformedTablesAreRefusedWithAnExplanation) {
 }
 
 TEST_F(JavaClassTest, ALaterRowOfTheSameAliasWins) {
-  const MethodEntry table[] = {{"ctor", "<init>", "()V"}, {"ctor", "<init>", "(J)V"}};
+  static constexpr MethodEntry table[] = {{"ctor", "<init>", "()V"}, {"ctor", "<init>", "(J)V"}};
+  static constexpr auto ctor = tarnix::ConstructorOf<void(jlong)>(table, "ctor");
   auto probe = machine_->LoadClass(kProbe, table);
   ASSERT_TRUE(probe);
   EXPECT_EQ(probe->GetMethodId("ctor"), env_->GetMethodID(probe->Get(), "<init>", "(J)V"));
-  auto object = probe->NewObject("ctor", jlong{77});
+  auto object = probe->NewObject(ctor, jlong{77});
   ASSERT_TRUE(object);
   JavaControl control(*machine_);
   EXPECT_EQ(control.Describe(object->Get()), "Probe(77)");
 }
 
-TEST_F(JavaClassTest, UnknownConstructorAliasMakesNothingAndCallsNoJava) {
+TEST_F(JavaClassTest, AConstructorOfAnotherTableMakesNothingAndCallsNoJava) {
   const tarnix::classes::ClassTableRow* row =
       tarnix::classes::FindClassTableRow(tarnix::classes::kInstanceLoggerFactory);
   ASSERT_NE(row, nullptr);
@@ -103,15 +104,10 @@ TEST_F(JavaClassTest, UnknownConstructorAliasMakesNothingAndCallsNoJava) {
   JavaControl control(*machine_);
   control.ClearCalls();
 
-  EXPECT_FALSE(factory->NewObject("ctor(nothing)"));
-  EXPECT_FALSE(factory->NewObject("ctor"));
+  EXPECT_FALSE(factory->NewObject(tarnix::methods::DesktopMessageClient::ctor));
+  EXPECT_FALSE(factory->NewLocalObject(Probe::ctor));
   EXPECT_FALSE(env_->ExceptionCheck());
   EXPECT_TRUE(control.Calls().empty());
-
-  // A method alias is not a constructor either.
-  auto probe = machine_->LoadClass(kProbe, kProbeMethods);
-  EXPECT_FALSE(probe->NewObject("echo", nullptr));
-  EXPECT_FALSE(env_->ExceptionCheck());
 }
 
 TEST_F(JavaClassTest, ConstructorThatThrowsLeavesItsExceptionPending) {
@@ -121,10 +117,10 @@ TEST_F(JavaClassTest, ConstructorThatThrowsLeavesItsExceptionPending) {
   ASSERT_TRUE(sample);
   JavaControl control(*machine_);
   control.ThrowIn("BaseSample.<init>", "java.lang.OutOfMemoryError", "no room");
-  EXPECT_FALSE(sample->NewObject("ctor(time)", jlong{1}));
+  EXPECT_FALSE(sample->NewObject(tarnix::methods::BaseSample::ctorTime, jlong{1}));
   EXPECT_EQ(TakeException().rfind("java.lang.OutOfMemoryError: no room", 0), 0u);
   control.ClearFaults();
-  EXPECT_TRUE(sample->NewObject("ctor(time)", jlong{1}));
+  EXPECT_TRUE(sample->NewObject(tarnix::methods::BaseSample::ctorTime, jlong{1}));
 }
 
 }  // namespace

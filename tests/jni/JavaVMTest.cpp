@@ -54,7 +54,7 @@ TEST(JavaVM, TearDownAfterUseDestroysTheJvm) {
     EXPECT_TRUE(IsModuleLoaded(library));
     auto probe = machine->LoadClass(kProbe, kProbeMethods);
     ASSERT_TRUE(probe);
-    auto object = probe->NewObject("ctor(time)", jlong{12});
+    auto object = probe->NewObject(Probe::ctorTime, jlong{12});
     ASSERT_TRUE(object);
     auto text = machine->NewString(WSTR("kept past the call"));
     ASSERT_TRUE(text);

@@ -28,4 +28,31 @@ inline constexpr MethodEntry kProbeMethods[] = {
     {"throwNamed", "throwNamed", "(Ljava/lang/String;Ljava/lang/String;)V"},
 };
 
+// Its handles, named after their aliases.
+struct Probe {
+  static constexpr auto ctor = tarnix::ConstructorOf<void()>(kProbeMethods, "ctor()");
+  static constexpr auto ctorTime = tarnix::ConstructorOf<void(jlong)>(kProbeMethods, "ctor(time)");
+  static constexpr auto ctorIdNameFlag =
+      tarnix::ConstructorOf<void(jint, jstring, jboolean)>(kProbeMethods, "ctor(id,name,flag)");
+  static constexpr auto kinds =
+      tarnix::MethodOf<jstring(jint, jlong, jdouble, jboolean, jstring)>(kProbeMethods, "kinds");
+  static constexpr auto wideLong = tarnix::MethodOf<jstring(jlong)>(kProbeMethods, "wideLong");
+  static constexpr auto wideDouble =
+      tarnix::MethodOf<jstring(jdouble)>(kProbeMethods, "wideDouble");
+  static constexpr auto echo = tarnix::MethodOf<jstring(jstring)>(kProbeMethods, "echo");
+  static constexpr auto answerNull = tarnix::MethodOf<jstring()>(kProbeMethods, "answerNull");
+  static constexpr auto answerObject = tarnix::MethodOf<jobject()>(kProbeMethods, "answerObject");
+  static constexpr auto answerInt = tarnix::MethodOf<jint()>(kProbeMethods, "answerInt");
+  static constexpr auto record = tarnix::MethodOf<void(jstring)>(kProbeMethods, "record");
+  static constexpr auto throwWithFrames =
+      tarnix::MethodOf<void(jstring)>(kProbeMethods, "throwWithFrames");
+  static constexpr auto throwWithoutStack =
+      tarnix::MethodOf<void(jstring)>(kProbeMethods, "throwWithoutStack");
+  static constexpr auto throwNullText = tarnix::MethodOf<void()>(kProbeMethods, "throwNullText");
+  static constexpr auto throwBrokenText =
+      tarnix::MethodOf<void()>(kProbeMethods, "throwBrokenText");
+  static constexpr auto throwNamed =
+      tarnix::MethodOf<void(jstring, jstring)>(kProbeMethods, "throwNamed");
+};
+
 }  // namespace tarnix::testing

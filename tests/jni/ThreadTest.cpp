@@ -44,10 +44,10 @@ TEST_F(ThreadTest, GuardDetachesOnEveryPathEvenWithAJavaExceptionUnread) {
       auto guard = machine_->AttachForScope();
       ASSERT_TRUE(guard);
       EXPECT_TRUE(AttachedToJvm(*machine_));
-      auto probe = probeClass_->NewObject("ctor()");
+      auto probe = probeClass_->NewObject(Probe::ctor);
       ASSERT_TRUE(probe);
       auto message = machine_->NewString(WSTR("left unread"));
-      probe->CallVoidMethod("throwWithFrames", message);
+      probe->CallVoidMethod(Probe::throwWithFrames, message);
       EXPECT_TRUE(machine_->GetEnv()->ExceptionCheck());
       // Locals made in the scope go before the guard, as declared after it.
     }
@@ -56,7 +56,7 @@ TEST_F(ThreadTest, GuardDetachesOnEveryPathEvenWithAJavaExceptionUnread) {
 
     try {
       auto guard = machine_->AttachForScope();
-      auto probe = probeClass_->NewObject("ctor()");
+      auto probe = probeClass_->NewObject(Probe::ctor);
       throw std::runtime_error("the host's own failure");
     } catch (const std::runtime_error&) {
     }
@@ -67,7 +67,7 @@ TEST_F(ThreadTest, GuardDetachesOnEveryPathEvenWithAJavaExceptionUnread) {
 TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
   const tarnix::classes::ClassTableRow* metricRow =
       tarnix::classes::FindClassTableRow(tarnix::classes::kBaseMetric);
-  auto shared = probeClass_->NewObject("ctor()");
+  auto shared = probeClass_->NewObject(Probe::ctor);
   ASSERT_TRUE(shared);
   constexpr int kThreads = 4;
   constexpr int kRounds = 200;
@@ -83,10 +83,10 @@ TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
         if (!metric || metric != machine_->GetClass(metricRow->name)) ++wrong;
         const std::string mine = std::to_string(t) + "/" + std::to_string(round);
         auto text = machine_->NewString(WString(mine.begin(), mine.end()));
-        auto value = metric ? metric->NewObject("ctor(name)", text) : nullptr;
-        if (value) value->CallVoidMethod("putLongValue", round);
+        auto value = metric ? metric->NewObject(tarnix::methods::BaseMetric::ctorName, text) : nullptr;
+        if (value) value->CallVoidMethod(tarnix::methods::BaseMetric::putLongValue, round);
         WString echoed;
-        if (!shared->CallStringMethod("echo", text)->GetText(echoed) ||
+        if (!shared->CallStringMethod(Probe::echo, text)->GetText(echoed) ||
             echoed != WString(mine.begin(), mine.end())) {
           ++wrong;
         }
@@ -107,7 +107,7 @@ TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
 // instead of a reference into a frame not its own, and one that outlives its thread's
 // attachment goes without touching the JVM. A global copy goes anywhere.
 TEST_F(ThreadTest, LocalObjectsStayOnTheirThreadAndGlobalCopiesTravel) {
-  std::optional<CJavaObject> local = probeClass_->NewLocalObject("ctor()");
+  std::optional<CJavaObject> local = probeClass_->NewLocalObject(Probe::ctor);
   ASSERT_TRUE(local);
   std::shared_ptr<CJavaObject> global = local->MakeGlobal();
   ASSERT_TRUE(global);
@@ -115,22 +115,22 @@ TEST_F(ThreadTest, LocalObjectsStayOnTheirThreadAndGlobalCopiesTravel) {
     auto guard = machine_->AttachForScope();
     auto text = machine_->NewString(WSTR("travels"));
     WString answer;
-    EXPECT_FALSE(local->CallStringMethod("echo", text)->GetText(answer));
+    EXPECT_FALSE(local->CallStringMethod(Probe::echo, text)->GetText(answer));
     WString failure;
     ASSERT_TRUE(machine_->GetExceptionText(failure));
     EXPECT_EQ(Narrow(failure).rfind("java.lang.IllegalArgumentException: a local reference of "
                                     "another thread", 0), 0u) << Narrow(failure);
-    ASSERT_TRUE(global->CallStringMethod("echo", text)->GetText(answer));
+    ASSERT_TRUE(global->CallStringMethod(Probe::echo, text)->GetText(answer));
     EXPECT_EQ(answer, WSTR("travels"));
     global.reset();
 
-    std::optional<CJavaObject> outlived = probeClass_->NewLocalObject("ctor()");
+    std::optional<CJavaObject> outlived = probeClass_->NewLocalObject(Probe::ctor);
     ASSERT_TRUE(outlived);
     text.reset();
     guard.reset();
     EXPECT_FALSE(AttachedToJvm(*machine_));
   }).join();
-  EXPECT_TRUE(local->CallStringMethod("answerNull"));
+  EXPECT_TRUE(local->CallStringMethod(Probe::answerNull));
   EXPECT_FALSE(machine_->GetEnv()->ExceptionCheck());
 }
 

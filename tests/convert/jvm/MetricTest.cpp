@@ -12,7 +12,7 @@ class MetricTest : public ConvertTest {
  protected:
   std::shared_ptr<CJavaObject> NewTarget() {
     std::shared_ptr<CJavaClass> sampleClass = Vm().GetClass(classes::kBaseSample);
-    return sampleClass ? sampleClass->NewObject("ctor(time)", jlong{0}) : nullptr;
+    return sampleClass ? sampleClass->NewObject(methods::BaseSample::ctorTime, jlong{0}) : nullptr;
   }
 };
 

@@ -1,0 +1,25 @@
+# Builds each misuse of MustNotCompile.cpp (targets jni_misuse_<n>, outside the default
+# build) and fails unless every one fails to compile with the message its line names.
+#   cmake -D BUILD_DIR=<build tree> -D SOURCE=<MustNotCompile.cpp> -P MustNotCompile.cmake
+file(STRINGS "${SOURCE}" cases REGEX "^#elif MISUSE == [0-9]+  // ")
+set(failures 0)
+foreach(line IN LISTS cases)
+  string(REGEX REPLACE "^#elif MISUSE == ([0-9]+)  // (.*)$" "\\1" number "${line}")
+  string(REGEX REPLACE "^#elif MISUSE == ([0-9]+)  // (.*)$" "\\2" expected "${line}")
+  execute_process(COMMAND "${CMAKE_COMMAND}" --build "${BUILD_DIR}" --target jni_misuse_${number}
+                  RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  string(FIND "${output}" "${expected}" at)
+  if(result EQUAL 0)
+    message("misuse ${number} compiled; it should fail with: ${expected}")
+    math(EXPR failures "${failures} + 1")
+  elseif(at EQUAL -1)
+    message("misuse ${number} failed, but not with \"${expected}\":\n${output}")
+    math(EXPR failures "${failures} + 1")
+  else()
+    message("misuse ${number}: ${expected}")
+  endif()
+endforeach()
+list(LENGTH cases count)
+if(count EQUAL 0 OR failures GREATER 0)
+  message(FATAL_ERROR "${failures} of ${count} misuses did not fail as they should")
+endif()
