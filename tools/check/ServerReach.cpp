@@ -13,13 +13,22 @@
 namespace tarnix::check {
 namespace {
 
-const MethodEntry kSocketMethods[] = {
+constexpr MethodEntry kSocketMethods[] = {
     {"ctor()", "<init>", "()V"},
     {"connect", "connect", "(Ljava/net/SocketAddress;I)V"},
     {"close", "close", "()V"},
 };
-const MethodEntry kSocketAddressMethods[] = {
+constexpr MethodEntry kSocketAddressMethods[] = {
     {"ctor(host,port)", "<init>", "(Ljava/lang/String;I)V"},
+};
+struct Socket {
+  static constexpr auto ctor = ConstructorOf<void()>(kSocketMethods, "ctor()");
+  static constexpr auto connect = MethodOf<void(jobject, jint)>(kSocketMethods, "connect");
+  static constexpr auto close = MethodOf<void()>(kSocketMethods, "close");
+};
+struct SocketAddress {
+  static constexpr auto ctorHostPort =
+      ConstructorOf<void(jstring, jint)>(kSocketAddressMethods, "ctor(host,port)");
 };
 
 struct ServerAddress {
@@ -61,13 +70,13 @@ bool Connect(CJavaVM& machine, const ServerAddress& address, int timeoutMs, std:
   if (!addressClass) return Thrown(machine, failure);
   const auto host = machine.NewLocalString(address.host);
   if (!host) return Thrown(machine, failure);
-  const auto target = addressClass->NewLocalObject("ctor(host,port)", *host, address.port);
+  const auto target = addressClass->NewLocalObject(SocketAddress::ctorHostPort, *host, address.port);
   if (!target) return Thrown(machine, failure);
-  const auto socket = socketClass->NewLocalObject("ctor()");
+  const auto socket = socketClass->NewLocalObject(Socket::ctor);
   if (!socket) return Thrown(machine, failure);
-  socket->CallVoidMethod("connect", *target, timeoutMs);
+  socket->CallVoidMethod(Socket::connect, *target, timeoutMs);
   const WString connectFailure = TakeJavaException(machine);
-  socket->CallVoidMethod("close");
+  socket->CallVoidMethod(Socket::close);
   TakeJavaException(machine);
   if (connectFailure.empty()) return true;
   *failure = FirstLine(connectFailure);

@@ -116,17 +116,20 @@ TEST_F(ManagerDispatch, AClientDescriptionJavaCannotHoldEndsTheCallSilently) {
 TEST_F(ManagerDispatch, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
   ASSERT_EQ(manager_->Initialize(), S_OK);
   CJavaVM& machine = *manager_->GetJavaVM();
-  static const MethodEntry kBuilder[] = {
+  static constexpr MethodEntry kBuilder[] = {
       {"ctor()", "<init>", "()V"},
       {"append", "append", "(I)Ljava/lang/StringBuilder;"},
       {"toString", "toString", "()Ljava/lang/String;"}};
-  auto builderClass = machine.LoadClass("java/lang/StringBuilder", kBuilder, 3);
+  static constexpr auto ctor = tarnix::ConstructorOf<void()>(kBuilder, "ctor()");
+  static constexpr auto append = tarnix::MethodOf<jobject(jint)>(kBuilder, "append");
+  static constexpr auto toString = tarnix::MethodOf<jstring()>(kBuilder, "toString");
+  auto builderClass = machine.LoadClass("java/lang/StringBuilder", kBuilder);
   ASSERT_TRUE(builderClass);
-  auto builder = builderClass->NewObject("ctor()");
+  auto builder = builderClass->NewObject(ctor);
   ASSERT_TRUE(builder);
-  builder->CallVoidMethod("append", jint{7});
+  builder->CallVoidMethod(append, jint{7});
   WString text;
-  ASSERT_TRUE(builder->CallStringMethod("toString")->GetText(text));
+  ASSERT_TRUE(builder->CallStringMethod(toString)->GetText(text));
   EXPECT_EQ(text, WSTR("7"));
 
   // Let go on a thread something else attached, and on one Java has never seen.
@@ -134,7 +137,7 @@ TEST_F(ManagerDispatch, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
   const jclass system = env->FindClass("java/lang/System");
   const jmethodID gc = env->GetStaticMethodID(system, "gc", "()V");
   for (bool attachedElsewhere : {true, false}) {
-    auto dropped = builderClass->NewObject("ctor()");
+    auto dropped = builderClass->NewObject(ctor);
     const jweak weak = env->NewWeakGlobalRef(dropped->Get());
     jobject strong = env->NewGlobalRef(dropped->Get());
     dropped.reset();
