@@ -111,11 +111,10 @@ class Method;
 template <class Signature>
 class Constructor;
 
-// A method of the table's class: R is its result (void, a primitive, jstring, jobject).
-template <class R, class... P>
-class Method<R(P...)> {
+// A row of one class's method table; the handles below add only their types.
+class TableRow {
  public:
-  constexpr Method(const MethodEntry* table, size_t row) : table_(table), row_(row) {}
+  constexpr TableRow(const MethodEntry* table, size_t row) : table_(table), row_(row) {}
   constexpr const MethodEntry* Table() const { return table_; }
   constexpr size_t Row() const { return row_; }
   constexpr const MethodEntry& Entry() const { return table_[row_]; }
@@ -125,17 +124,17 @@ class Method<R(P...)> {
   size_t row_;
 };
 
-template <class... P>
-class Constructor<void(P...)> {
+// A method of the table's class: R is its result (void, a primitive, jstring, jobject).
+template <class R, class... P>
+class Method<R(P...)> : public TableRow {
  public:
-  constexpr Constructor(const MethodEntry* table, size_t row) : table_(table), row_(row) {}
-  constexpr const MethodEntry* Table() const { return table_; }
-  constexpr size_t Row() const { return row_; }
-  constexpr const MethodEntry& Entry() const { return table_[row_]; }
+  using TableRow::TableRow;
+};
 
- private:
-  const MethodEntry* table_;
-  size_t row_;
+template <class... P>
+class Constructor<void(P...)> : public TableRow {
+ public:
+  using TableRow::TableRow;
 };
 
 template <class Signature>
