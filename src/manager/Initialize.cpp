@@ -41,7 +41,10 @@ HRESULT CRMICommManagerImpl::Initialize() {
   const StartUpMark mark(&startUpRunning_);
   const HRESULT hr = ObtainHostInterfaces();
   if (FAILED(hr)) return hr;
-  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is.
+  // One attempt per manager: a machine made by an earlier, failed attempt stays as it is,
+  // and a running machine is never replaced (destroying it would pull Java out from under
+  // everything made on it). Calls from inside start-up are refused by the mark, so nothing
+  // can make a machine between here and StartJava.
   if (javaVM_) return S_OK;
   return StartJava();
 }
@@ -70,9 +73,6 @@ HRESULT CRMICommManagerImpl::StartJava() {
   tarnix::GetJrePath(log_, &runtime);
   std::string classPath;
   tarnix::GetClassPath(log_, &classPath);
-  // A machine that runs is never replaced: destroying it would pull Java out from under
-  // everything made on it.
-  if (javaVM_) return S_OK;
   javaVM_ = std::make_shared<CJavaVM>(runtime);
   if (tarnix::CreateJavaMachine(*javaVM_, log_, classPath) != 0) return E_FAIL;
   // The start-up's own references go with it; what it keeps is held globally.
