@@ -38,8 +38,8 @@ Bench& Shared() {
     WString home;
     for (const char* c = TARNIX_BENCH_JAVA_HOME; *c; ++c) home.push_back(static_cast<WCHAR>(*c));
     made->machine = std::make_shared<CJavaVM>(home);
-    if (made->machine->Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH,
-                               "-Xrs", "-Xmx100M"}) != 0) {
+    if (made->machine->Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH, "-Xrs",
+                               "-Xmx100M"}) != 0) {
       std::fprintf(stderr, "no JVM\n");
       std::exit(1);
     }

@@ -31,8 +31,10 @@ void CheckSplit(const WString& value, const std::vector<WString>& pieces) {
 void StoreLegacyValue(const WString& value) {
   tarnix::RegKey key;
   FUZZ_CHECK(key.Create(HKEY_LOCAL_MACHINE, kLegacyKey, KEY_ALL_ACCESS) == ERROR_SUCCESS);
-  FUZZ_CHECK(RegSetValueExW(key.Handle(), kLegacyValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                            static_cast<DWORD>((value.size() + 1) * sizeof(WCHAR))) == ERROR_SUCCESS);
+  FUZZ_CHECK(RegSetValueExW(key.Handle(), kLegacyValue, 0, REG_SZ,
+                            reinterpret_cast<const BYTE*>(value.c_str()),
+                            static_cast<DWORD>((value.size() + 1) * sizeof(WCHAR))) ==
+             ERROR_SUCCESS);
 }
 
 bool Holds(const tarnix::ScopedBstr& bstr, const WString& text) {
@@ -41,8 +43,8 @@ bool Holds(const tarnix::ScopedBstr& bstr, const WString& text) {
 
 void CheckLoaded(const WString& value) {
   tarnix::ScopedBstr url, serviceValue, certificate;
-  const LONG hr = tarnix::loadLegancyServerInfo(url.Receive(), serviceValue.Receive(),
-                                                certificate.Receive());
+  const LONG hr =
+      tarnix::loadLegancyServerInfo(url.Receive(), serviceValue.Receive(), certificate.Receive());
   // The value as the registry gives it back: up to its first zero.
   const WString stored(value.c_str());
   if (stored.empty()) {

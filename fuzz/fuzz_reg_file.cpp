@@ -53,6 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(tarnix::posix::RegistryText() == saved);
 
   int budget = kMaxKeys;
-  for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, HKEY_USERS}) Walk(root, WString(), 0, &budget);
+  for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, HKEY_USERS})
+    Walk(root, WString(), 0, &budget);
   return 0;
 }

@@ -9,7 +9,8 @@ namespace {
 const char kHive[] =
     "Windows Registry Editor Version 5.00\n"
     "\n"
-    "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Policies\\Corvane, Inc.\\Lumetra Operations for Published Apps\\Desktop Agent]\n"
+    "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Policies\\Corvane, Inc.\\Lumetra Operations for Published "
+    "Apps\\Desktop Agent]\n"
     "\"MessageServerURL\"=\"rmi://127.0.0.1:1099/MessageServer\"\n"
     "\"AdapterCertificate\"=hex(7):4d,00,49,00,49,00,00,00,41,00,42,00,00,00,00,00\n"
     "\"Interval\"=dword:0000003c\n"

@@ -52,27 +52,29 @@ class ValueObject final : public IDispatch {
 
 // What the value kinds are built from.
 enum Kind : uint8_t {
-  kPlain,      // one of the VARTYPEs below, with fuzzer bytes
-  kText,       // VT_BSTR with the rest of the input
-  kNullText,   // VT_BSTR with a null string
-  kObject,     // VT_DISPATCH or VT_UNKNOWN whose default value is a plain value
-  kNoObject,   // VT_DISPATCH or VT_UNKNOWN with a null pointer
-  kArray,      // VT_ARRAY | VT_BSTR
-  kAnyType,    // any VARTYPE without pointers behind it, known or not
+  kPlain,     // one of the VARTYPEs below, with fuzzer bytes
+  kText,      // VT_BSTR with the rest of the input
+  kNullText,  // VT_BSTR with a null string
+  kObject,    // VT_DISPATCH or VT_UNKNOWN whose default value is a plain value
+  kNoObject,  // VT_DISPATCH or VT_UNKNOWN with a null pointer
+  kArray,     // VT_ARRAY | VT_BSTR
+  kAnyType,   // any VARTYPE without pointers behind it, known or not
   kKinds
 };
 
-const VARTYPE kPlainTypes[] = {VT_EMPTY, VT_NULL, VT_I1, VT_I2,  VT_I4, VT_INT,  VT_I8,
-                               VT_UI1,   VT_UI2,  VT_UI4, VT_UINT, VT_UI8, VT_R4, VT_R8,
-                               VT_DATE,  VT_CY,   VT_BOOL, VT_ERROR};
+const VARTYPE kPlainTypes[] = {VT_EMPTY, VT_NULL, VT_I1,   VT_I2,  VT_I4,   VT_INT,
+                               VT_I8,    VT_UI1,  VT_UI2,  VT_UI4, VT_UINT, VT_UI8,
+                               VT_R4,    VT_R8,   VT_DATE, VT_CY,  VT_BOOL, VT_ERROR};
 
 bool HasPointer(VARTYPE vt) {
   if (vt & (VT_BYREF | VT_ARRAY)) return true;
   switch (vt & VT_TYPEMASK) {
-    case VT_BSTR: case VT_DISPATCH: case VT_UNKNOWN: case VT_VARIANT: case VT_RECORD:
-      return true;
-    default:
-      return false;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+    case VT_VARIANT:
+    case VT_RECORD: return true;
+    default: return false;
   }
 }
 
@@ -89,8 +91,7 @@ VARIANT Source(Input& in, std::unique_ptr<ValueObject>* object) {
   VARIANT v;
   VariantInit(&v);
   switch (in.Take<uint8_t>() % kKinds) {
-    case kPlain:
-      return Plain(in);
+    case kPlain: return Plain(in);
     case kText: {
       const WString text = in.RestAsText();
       v.vt = VT_BSTR;
@@ -155,18 +156,16 @@ void CheckReadsBack(const VARIANT& source, const VARIANT& text) {
   ScopedVariant back;
   const HRESULT hr = VariantChangeType(back.Receive(), const_cast<VARIANT*>(&text), 0, vt);
   switch (vt) {
-    case VT_I1: case VT_UI1:
-      FUZZ_CHECK(hr == S_OK && back.Get().bVal == source.bVal);
-      break;
-    case VT_I2: case VT_UI2:
-      FUZZ_CHECK(hr == S_OK && back.Get().uiVal == source.uiVal);
-      break;
-    case VT_I4: case VT_UI4: case VT_INT: case VT_UINT:
-      FUZZ_CHECK(hr == S_OK && back.Get().ulVal == source.ulVal);
-      break;
-    case VT_I8: case VT_UI8:
-      FUZZ_CHECK(hr == S_OK && back.Get().ullVal == source.ullVal);
-      break;
+    case VT_I1:
+    case VT_UI1: FUZZ_CHECK(hr == S_OK && back.Get().bVal == source.bVal); break;
+    case VT_I2:
+    case VT_UI2: FUZZ_CHECK(hr == S_OK && back.Get().uiVal == source.uiVal); break;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT: FUZZ_CHECK(hr == S_OK && back.Get().ulVal == source.ulVal); break;
+    case VT_I8:
+    case VT_UI8: FUZZ_CHECK(hr == S_OK && back.Get().ullVal == source.ullVal); break;
     case VT_BOOL:
       FUZZ_CHECK(hr == S_OK && (back.Get().boolVal != 0) == (source.boolVal != 0));
       break;
@@ -179,20 +178,23 @@ void CheckReadsBack(const VARIANT& source, const VARIANT& text) {
     case VT_R8:
       if (std::isfinite(source.dblVal)) {
         // Rounded to 15 digits, the largest values name a number beyond the range.
-        if (hr == DISP_E_OVERFLOW) FUZZ_CHECK(std::fabs(source.dblVal) > 1.797693134862305e308);
-        else FUZZ_CHECK(hr == S_OK && std::fabs(back.Get().dblVal - source.dblVal) <=
-                                          1e-14 * std::fabs(source.dblVal));
+        if (hr == DISP_E_OVERFLOW)
+          FUZZ_CHECK(std::fabs(source.dblVal) > 1.797693134862305e308);
+        else
+          FUZZ_CHECK(hr == S_OK && std::fabs(back.Get().dblVal - source.dblVal) <=
+                                       1e-14 * std::fabs(source.dblVal));
       }
       break;
     case VT_R4:
       if (std::isfinite(source.fltVal)) {
-        if (hr == DISP_E_OVERFLOW) FUZZ_CHECK(std::fabs(source.fltVal) > 3.4028225e38f);
-        else FUZZ_CHECK(hr == S_OK && std::fabs(back.Get().fltVal - source.fltVal) <=
-                                          1e-6f * std::fabs(source.fltVal));
+        if (hr == DISP_E_OVERFLOW)
+          FUZZ_CHECK(std::fabs(source.fltVal) > 3.4028225e38f);
+        else
+          FUZZ_CHECK(hr == S_OK && std::fabs(back.Get().fltVal - source.fltVal) <=
+                                       1e-6f * std::fabs(source.fltVal));
       }
       break;
-    default:
-      break;
+    default: break;
   }
 }
 

@@ -3,7 +3,7 @@
 set -euo pipefail
 packages=(cmake ninja-build g++ googletest libgtest-dev libbenchmark-dev libxml2-dev
           openjdk-17-jdk-headless libssl-dev wine wine64 g++-mingw-w64-x86-64-posix
-          clang-14 lld-14 llvm-14 dpkg-dev python3)
+          clang-14 clang-format-14 lld-14 llvm-14 dpkg-dev python3)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -20,6 +20,12 @@ run_ctest() {  # <label> <build dir> [ctest args...]
   passed=$((passed + total - fails)); failed=$((failed + fails))
 }
 
+# Every C++ file in the layout of .clang-format: a file that is not fails the run.
+echo "== Format"
+unformatted=$(git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run 2>&1 | grep -oE '^[^:]+\.(cpp|h)' | sort -u)
+if [ -z "$unformatted" ]; then echo "== format: 1 passed, 0 failed"; passed=1
+else printf 'Not formatted (clang-format-14 -i <file>):\n%s\n' "$unformatted"; echo "== format: 0 passed, 1 failed"; failed=1; fi
+
 echo "== Linux build"
 cmake --preset linux >/dev/null && cmake --build --preset linux || { echo "0 passed, 1 failed"; exit 1; }
 run_ctest linux build/linux

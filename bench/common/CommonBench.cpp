@@ -8,9 +8,9 @@
 namespace tarnix {
 namespace {
 
-const WCHAR kLongPrefix[] =
-    WSTR("Failed to load server config in function long __cdecl CRMIConfigLoader::GetServerInfo("
-         "struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)");
+const WCHAR kLongPrefix[] = WSTR(
+    "Failed to load server config in function long __cdecl CRMIConfigLoader::GetServerInfo("
+    "struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)");
 const HRESULT kFileNotFound = static_cast<HRESULT>(0x80070002);
 
 // A host logger that drops everything, so that only the component's side is measured.

@@ -50,7 +50,9 @@ class Host {
     info_->SetUniqueId(WSTR("bench-unique-id"));
     service_.Setup().Offer(IID_ISystemInfo, info_, ServiceRoute::QueryInterface);
   }
-  void WithLogger() { service_.Setup().Offer(IID_IHostLogger, logger_, ServiceRoute::QueryInterface); }
+  void WithLogger() {
+    service_.Setup().Offer(IID_IHostLogger, logger_, ServiceRoute::QueryInterface);
+  }
   TestRegistry& Registry() { return registry_; }
   // The recording logger keeps every line; a long run must not measure its growth.
   void ForgetLines() { logger_->Clear(); }
@@ -88,7 +90,8 @@ void BM_GetServerInfoFromLegacyValue(benchmark::State& state) {
   ScopedVariant config(WSTR("<c/>"));
   for (auto _ : state) {
     WCHAR *url = nullptr, *serviceValue = nullptr, *certificate = nullptr;
-    benchmark::DoNotOptimize(CRMIConfigLoader::GetServerInfo(config.Get(), &url, &serviceValue, &certificate));
+    benchmark::DoNotOptimize(
+        CRMIConfigLoader::GetServerInfo(config.Get(), &url, &serviceValue, &certificate));
     FreeAll(url, serviceValue, certificate);
   }
 }

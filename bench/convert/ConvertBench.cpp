@@ -38,8 +38,8 @@ Bench& Shared() {
   static Bench* bench = [] {
     auto* made = new Bench;
     made->machine = std::make_shared<CJavaVM>(Wide(TARNIX_BENCH_JAVA_HOME));
-    if (made->machine->Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH,
-                               "-Xrs", "-Xmx100M"}) != 0) {
+    if (made->machine->Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH, "-Xrs",
+                               "-Xmx100M"}) != 0) {
       std::fprintf(stderr, "no JVM\n");
       std::exit(1);
     }
@@ -55,9 +55,9 @@ Bench& Shared() {
       std::fprintf(stderr, "no SampleBuilder\n");
       std::exit(1);
     }
-    jobject builder = env->NewObject(type, env->GetMethodID(type, "<init>", "(IIIII)V"),
-                                     support::kMachineMetrics, support::kSessions,
-                                     support::kSessionMetrics, support::kApps, support::kAppMetrics);
+    jobject builder = env->NewObject(
+        type, env->GetMethodID(type, "<init>", "(IIIII)V"), support::kMachineMetrics,
+        support::kSessions, support::kSessionMetrics, support::kApps, support::kAppMetrics);
     made->builder = env->NewGlobalRef(builder);
     made->build = env->GetMethodID(type, "build", "(J)Ljava/lang/Object;");
     env->DeleteLocalRef(builder);
@@ -88,7 +88,8 @@ void RawJni(benchmark::State& state) {
   const support::RawIds ids(*bench.machine);
   support::FakeSweep sweep;
   for (auto _ : state) {
-    jobject sample = support::RawSample(env, ids, bench.host.sample.Get(), bench.host.sessions.Get());
+    jobject sample =
+        support::RawSample(env, ids, bench.host.sample.Get(), bench.host.sessions.Get());
     if (!sample) state.SkipWithError("no sample");
     benchmark::DoNotOptimize(sample);
     env->DeleteLocalRef(sample);

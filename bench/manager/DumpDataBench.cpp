@@ -44,7 +44,8 @@ Data& TheData() {
 
 bench::BenchHost& Host() {
   Data& data = TheData();
-  bench::BenchHost& host = bench::TheHost(ComPtr<IHostSessionSource>(data.realistic.sessions.Get()));
+  bench::BenchHost& host =
+      bench::TheHost(ComPtr<IHostSessionSource>(data.realistic.sessions.Get()));
   static bool described = [&host] {
     hostsim::DescribeDesktop(*host.systemInfo.Get());
     return true;
@@ -80,7 +81,8 @@ void BM_DumpData(benchmark::State& state) {
     case eExtendedData: object = data.extended.Get(); break;
     case eTraceRoute: object = data.traceRoute.Get(); break;
     case eUserSessionLogoff: object = data.logoff.Get(); break;
-    case eStartup: case eDesktopPoll: break;
+    case eStartup:
+    case eDesktopPoll: break;
     default: object = data.session.Get(); break;
   }
   Dump(state, type, object);
@@ -108,8 +110,8 @@ void BM_RawJniRealisticSample(benchmark::State& state) {
     bench::HostIdentity identity;
     ComPtr<IHostSample> hostSample;
     ComPtr<IHostSessionSource> sessions;
-    if (FAILED(bench::ReadDumpDataHost(host.systemInfo.Get(), data.realistic.sample.Get(),
-                                       identity, hostSample, sessions))) {
+    if (FAILED(bench::ReadDumpDataHost(host.systemInfo.Get(), data.realistic.sample.Get(), identity,
+                                       hostSample, sessions))) {
       state.SkipWithError("no identity");
       break;
     }

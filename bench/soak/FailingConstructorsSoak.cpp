@@ -29,9 +29,9 @@ struct Failure {
 
 // Each place is reached by the call of its type before any other constructor throws.
 constexpr Failure kFailures[] = {
-    {"DesktopConnection.<init>", eStartup},       {"BaseSample.<init>", eSample},
-    {"BaseUserSession.<init>", eSample},          {"BaseRemoteApp.<init>", eSample},
-    {"DesktopInformation.<init>", eDesktopPoll},  {"NetworkInterface.<init>", eDesktopPoll},
+    {"DesktopConnection.<init>", eStartup},      {"BaseSample.<init>", eSample},
+    {"BaseUserSession.<init>", eSample},         {"BaseRemoteApp.<init>", eSample},
+    {"DesktopInformation.<init>", eDesktopPoll}, {"NetworkInterface.<init>", eDesktopPoll},
 };
 
 // Makes every hit of `place` throw, and nothing else; the bench's own references go with

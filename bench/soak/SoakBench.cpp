@@ -50,8 +50,8 @@ int main(int argc, char** argv) {
   const long calls = argc > 1 ? std::max(1L, std::atol(argv[1])) : 1000000L;
   const auto type = static_cast<unsigned char>(argc > 2 ? std::atoi(argv[2]) : eSample);
   const std::string runtime = TARNIX_BENCH_JAVA_HOME "/lib/server/libjvm.so";
-  tarnix::bench::BenchHost& host =
-      tarnix::bench::TheHost(tarnix::ComPtr<IHostSessionSource>(tarnix::hostsim::MakeSessions().Get()));
+  tarnix::bench::BenchHost& host = tarnix::bench::TheHost(
+      tarnix::ComPtr<IHostSessionSource>(tarnix::hostsim::MakeSessions().Get()));
   tarnix::hostsim::DescribeDesktop(*host.systemInfo.Get());
   const tarnix::ComPtr<IUnknown> sample = tarnix::hostsim::MakeSample();
   const auto report = [&](long done) {

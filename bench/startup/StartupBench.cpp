@@ -32,8 +32,8 @@ double MillisecondsSince(Clock::time_point start) {
 int RunVmChild() {
   CJavaVM vm(tarnix::Utf8ToWide(TARNIX_BENCH_JAVA_HOME "/"));
   const auto start = Clock::now();
-  const LONG created = vm.Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH,
-                                  "-Xrs"});
+  const LONG created =
+      vm.Create({std::string("-Djava.class.path=") + TARNIX_BENCH_CLASSPATH, "-Xrs"});
   const double took = MillisecondsSince(start);
   if (created != 0) return 1;
   std::printf("%.3f\n", took);

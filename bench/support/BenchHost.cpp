@@ -60,7 +60,8 @@ BenchHost& TheHost(ComPtr<IHostSessionSource> sessions) {
       auto* created = new BenchHost(sessions);
       // A type without a message of its own: start-up and configuration only.
       const LONG started = created->Dump(11);
-      if (started != S_OK) std::fprintf(stderr, "start-up failed: 0x%08x\n", static_cast<unsigned>(started));
+      if (started != S_OK)
+        std::fprintf(stderr, "start-up failed: 0x%08x\n", static_cast<unsigned>(started));
       {
         std::lock_guard<std::mutex> hold(lock);
         made = created;

@@ -155,7 +155,8 @@ RawIds::RawIds(CJavaVM& vm) {
   appCtor = env->GetMethodID(app, "<init>", "(Ljava/lang/String;)V");
   appPutMetric = env->GetMethodID(app, "putMetric", metricType);
   connectionCtor = env->GetMethodID(
-      connection, "<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;ILjava/lang/String;)V");
+      connection, "<init>",
+      "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;ILjava/lang/String;)V");
 }
 
 jobject RawSample(JNIEnv* env, const RawIds& ids, IHostSample* host, IHostSessionSource* sessions) {

@@ -1,7 +1,7 @@
 // The same object graph as the converters make, built from the same host objects with
 // raw JNI: ids looked up once, local references deleted as soon as they are put, and the
-// exception checks the component makes: before every call, and after every put. What the component's own overhead is measured
-// against.
+// exception checks the component makes: before every call, and after every put. What the
+// component's own overhead is measured against.
 #pragma once
 
 #include "jni/JavaVM.h"

@@ -27,9 +27,9 @@ RealisticSample MakeRealisticSample() {
                        fakes::MakeFake<fakes::FakeSessionSource>()};
   AddMetrics(*data.sample.Get(), "machine.metric.", kMachineMetrics);
   for (int s = 0; s < kSessions; ++s) {
-    auto session = fakes::MakeFake<fakes::FakeUserSession>(
-        s + 1, Wide("S-1-5-21-" + std::to_string(s)), Wide("user" + std::to_string(s)),
-        WSTR("CORP"), 1);
+    auto session =
+        fakes::MakeFake<fakes::FakeUserSession>(s + 1, Wide("S-1-5-21-" + std::to_string(s)),
+                                                Wide("user" + std::to_string(s)), WSTR("CORP"), 1);
     session->Properties()
         .Add(WSTR("client"), fakes::Text(Wide("pc-" + std::to_string(s))))
         .Add(WSTR("protocol"), fakes::Text(WSTR("rdp")));

@@ -250,20 +250,20 @@ LONG FindServer(ServerInfo* server) {
 void SendData(const ServerInfo& server) {
   CRMICommManager& manager = CRMICommManager::GetInstance();
   IDataDumpCallback* callback = new PrintingCallback;
-  PrintResult("RegisterDataDumpCallback", manager.RegisterDataDumpCallback(
-                                              server.url, server.second, server.certificate,
-                                              callback));
+  PrintResult(
+      "RegisterDataDumpCallback",
+      manager.RegisterDataDumpCallback(server.url, server.second, server.certificate, callback));
   PrintResult("DumpData(eStartup)",
-              manager.DumpData<IUnknown>(server.url, server.second, server.certificate, 0,
-                                         eStartup, nullptr));
+              manager.DumpData<IUnknown>(server.url, server.second, server.certificate, 0, eStartup,
+                                         nullptr));
   IUnknown* sample = new MachineSample;
   PrintResult("DumpData(eSample)",
-              manager.DumpData<IUnknown>(server.url, server.second, server.certificate, 0,
-                                         eSample, sample));
+              manager.DumpData<IUnknown>(server.url, server.second, server.certificate, 0, eSample,
+                                         sample));
   sample->Release();
-  PrintResult("UnregisterDataDumpCallback", manager.UnregisterDataDumpCallback(
-                                                server.url, server.second, server.certificate,
-                                                callback));
+  PrintResult(
+      "UnregisterDataDumpCallback",
+      manager.UnregisterDataDumpCallback(server.url, server.second, server.certificate, callback));
   callback->Release();
 }
 

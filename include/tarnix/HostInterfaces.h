@@ -95,8 +95,7 @@ struct IHostActionExecutor : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE Reserved5() = 0;
   virtual HRESULT STDMETHODCALLTYPE Reserved6() = 0;
   // The component passes 0, the action text as a VT_BSTR, and no result slot.
-  virtual HRESULT STDMETHODCALLTYPE ExecuteAction(LONG flags, VARIANT action,
-                                                  VARIANT* result) = 0;
+  virtual HRESULT STDMETHODCALLTYPE ExecuteAction(LONG flags, VARIANT action, VARIANT* result) = 0;
 };
 
 // A further host service the dispatch may ask for. None of its operations is called, so it

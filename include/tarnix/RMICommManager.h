@@ -16,13 +16,13 @@ class CRMICommManager {
   static CRMICommManager& GetInstance();
 
   template <class T>
-  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                ULONGLONG number, unsigned char dataType, T* data);
+  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third, ULONGLONG number,
+                unsigned char dataType, T* data);
 
-  LONG RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
-                                const WCHAR* third, IDataDumpCallback* callback);
-  LONG UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
-                                  const WCHAR* third, IDataDumpCallback* callback);
+  LONG RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                                IDataDumpCallback* callback);
+  LONG UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+                                  IDataDumpCallback* callback);
 
   CRMICommManager(const CRMICommManager&) = delete;
   CRMICommManager& operator=(const CRMICommManager&) = delete;
@@ -39,7 +39,6 @@ class CRMICommManager {
 // Where the message server is. Stateless: every operation is static.
 class CRMIConfigLoader {
  public:
-  static LONG GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
-                            WCHAR** certificate);
+  static LONG GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
   static LONG GetConfigContent(VARIANT config, VARIANT* content);
 };

@@ -30,9 +30,12 @@ size_t ReadNumber(const WCHAR*& p) {
 Directive ParseDirective(const WCHAR*& p) {
   Directive d;
   for (;; ++p) {
-    if (*p == '-') d.leftAlign = true;
-    else if (*p == '0') d.zeroPad = true;
-    else break;
+    if (*p == '-')
+      d.leftAlign = true;
+    else if (*p == '0')
+      d.zeroPad = true;
+    else
+      break;
   }
   d.width = ReadNumber(p);
   if (*p == '.') {
@@ -55,8 +58,7 @@ Directive ParseDirective(const WCHAR*& p) {
 
 void Pad(WString& out, size_t count, WCHAR fill) { out.append(count, fill); }
 
-void AppendField(WString& out, const Directive& d, const WCHAR* body, size_t length,
-                 bool numeric) {
+void AppendField(WString& out, const Directive& d, const WCHAR* body, size_t length, bool numeric) {
   size_t padding = d.width > length ? d.width - length : 0;
   if (d.leftAlign) {
     out.append(body, length);
@@ -90,8 +92,9 @@ void AppendNumber(WString& out, const Directive& d, const FormatArg& arg) {
   bool negative = false;
   uint64_t magnitude = bits;
   if (d.conversion == 'd' || d.conversion == 'i') {
-    int64_t value = d.wide64 ? static_cast<int64_t>(bits)
-                             : static_cast<int64_t>(static_cast<int32_t>(static_cast<uint32_t>(bits)));
+    int64_t value = d.wide64
+                        ? static_cast<int64_t>(bits)
+                        : static_cast<int64_t>(static_cast<int32_t>(static_cast<uint32_t>(bits)));
     negative = value < 0;
     magnitude = negative ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
   }
@@ -136,7 +139,11 @@ WString FormatTextArgs(const WCHAR* format, const FormatArg* args, size_t count)
           if (arg) ++next;
           if (isText) AppendText(out, d, *arg);
           break;
-        case 'd': case 'i': case 'u': case 'x': case 'X':
+        case 'd':
+        case 'i':
+        case 'u':
+        case 'x':
+        case 'X':
           if (arg) ++next;
           if (arg && !isText) AppendNumber(out, d, *arg);
           break;

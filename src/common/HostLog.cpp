@@ -25,18 +25,10 @@ void HostLog::Write(IHostLogger* logger, LogOperation operation, const WString& 
   // A fresh copy of the name for every call; no string is shared between calls.
   ScopedBstr component = NewBstr(kComponentName);
   switch (operation) {
-    case LogOperation::Error:
-      logger->LogError(component.Get(), text.Get());
-      break;
-    case LogOperation::Warning:
-      logger->LogWarning(component.Get(), text.Get());
-      break;
-    case LogOperation::Info:
-      logger->LogInfo(component.Get(), text.Get());
-      break;
-    case LogOperation::Level:
-      logger->LogLevel(component.Get(), kTraceLevel, text.Get());
-      break;
+    case LogOperation::Error: logger->LogError(component.Get(), text.Get()); break;
+    case LogOperation::Warning: logger->LogWarning(component.Get(), text.Get()); break;
+    case LogOperation::Info: logger->LogInfo(component.Get(), text.Get()); break;
+    case LogOperation::Level: logger->LogLevel(component.Get(), kTraceLevel, text.Get()); break;
   }
 }
 

@@ -92,9 +92,7 @@ VARIANT BstrArrayVariant(const std::vector<WString>& strings) {
 bool ToVariant(DWORD type, const std::vector<BYTE>& data, ScopedVariant* value) {
   switch (type) {
     case REG_SZ:
-    case REG_EXPAND_SZ:
-      value->Reset(BstrVariant(FirstString(data)));
-      return true;
+    case REG_EXPAND_SZ: value->Reset(BstrVariant(FirstString(data))); return true;
     case REG_DWORD: {
       if (data.size() != sizeof(DWORD)) return false;
       VARIANT number;
@@ -104,11 +102,8 @@ bool ToVariant(DWORD type, const std::vector<BYTE>& data, ScopedVariant* value) 
       value->Reset(number);
       return true;
     }
-    case REG_MULTI_SZ:
-      value->Reset(BstrArrayVariant(MultiStrings(data)));
-      return true;
-    default:
-      return false;
+    case REG_MULTI_SZ: value->Reset(BstrArrayVariant(MultiStrings(data))); return true;
+    default: return false;
   }
 }
 

@@ -27,8 +27,7 @@ LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificat
 
 // The server from the "MessageServerURL" and "AdapterCertificate" values of the key named
 // by `keyPath`; outputs are written only once both are found.
-LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
-                          WCHAR** certificate);
+LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
 
 // Where the message server's configuration was found. The legacy lookup reads the policy
 // key's URL as a legacy value when "Zelmar Server URL" is missing, and then wins over the

@@ -84,7 +84,8 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
     return E_FAIL;
   }
   ComPtr<IXMLDOMDocument2> document;
-  if (FAILED(asObject.Get().punkVal->QueryInterface(IID_IXMLDOMDocument2, document.ReceiveVoid())) ||
+  if (FAILED(
+          asObject.Get().punkVal->QueryInterface(IID_IXMLDOMDocument2, document.ReceiveVoid())) ||
       !document) {
     return E_FAIL;
   }
@@ -103,8 +104,8 @@ LONG CopyConfigContent(VARIANT config, VARIANT* content) {
   value.vt = VT_BSTR;
   value.bstrVal = nullptr;
   if (text.Get()) {
-    value.bstrVal = SysAllocStringByteLen(reinterpret_cast<LPCSTR>(text.Get()),
-                                          SysStringByteLen(text.Get()));
+    value.bstrVal =
+        SysAllocStringByteLen(reinterpret_cast<LPCSTR>(text.Get()), SysStringByteLen(text.Get()));
     if (!value.bstrVal) {
       value.vt = VT_ERROR;
       value.scode = E_OUTOFMEMORY;

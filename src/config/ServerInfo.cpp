@@ -181,8 +181,7 @@ LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificat
   return hr;
 }
 
-LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
-                          WCHAR** certificate) {
+LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   const RegistryPath path = ParseRegistryPath(keyPath);
   RegistryValues values;
@@ -220,9 +219,8 @@ LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs, ServerInfo
   ScopedBstr path;
   LONG hr = E_FAIL;
   if (SUCCEEDED(FindServerConfigRegistry(config, path.Receive()))) {
-    hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
-      return loadCommonServerInfo(path.Get(), u, s, c);
-    });
+    hr = outputs.Run(
+        [&](WCHAR** u, WCHAR** s, WCHAR** c) { return loadCommonServerInfo(path.Get(), u, s, c); });
     *source = ServerInfoSource::XmlNamedKey;
     if (SUCCEEDED(hr)) return hr;
     log.ErrorWithCode(kLoadServerConfigFailed, hr);

@@ -6,9 +6,10 @@ namespace tarnix::convert {
 namespace {
 
 constexpr const char* kClassNames[] = {
-    classes::kBaseSample,          classes::kBaseMetric,         classes::kBaseUserSession,
-    classes::kBaseRemoteApp,       classes::kDesktopInformation, classes::kNetworkInterface,
-    classes::kDesktopConnection,   classes::kHashMap,
+    classes::kBaseSample,         classes::kBaseMetric,
+    classes::kBaseUserSession,    classes::kBaseRemoteApp,
+    classes::kDesktopInformation, classes::kNetworkInterface,
+    classes::kDesktopConnection,  classes::kHashMap,
 };
 static_assert(sizeof(kClassNames) / sizeof(kClassNames[0]) ==
               static_cast<size_t>(DataClass::Count));
@@ -17,8 +18,7 @@ static_assert(sizeof(kClassNames) / sizeof(kClassNames[0]) ==
 constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ULL;
 constexpr ULONGLONG kTicksPerSecond = 10000000ULL;
 
-void LogStringFailure(const HostLog& log, CJavaVM& vm, WStringView text,
-                      TextInLog visibility) {
+void LogStringFailure(const HostLog& log, CJavaVM& vm, WStringView text, TextInLog visibility) {
   WString exception;
   vm.GetExceptionText(exception);
   if (visibility == TextInLog::Hidden) {
@@ -31,8 +31,7 @@ void LogStringFailure(const HostLog& log, CJavaVM& vm, WStringView text,
 }  // namespace
 
 // One return of one object, so that the string is made where the caller keeps it.
-LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
-                          TextInLog visibility) {
+LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text, TextInLog visibility) {
   LocalString string = vm.NewLocalString(text);
   if (!string) LogStringFailure(log, vm, text, visibility);
   return string;
@@ -45,7 +44,8 @@ ULONGLONG ToJavaTime(DATE date) {
   VariantTimeToSystemTime(date, &calendar);
   FILETIME ticks{};
   SystemTimeToFileTime(&calendar, &ticks);
-  const ULONGLONG count = (static_cast<ULONGLONG>(ticks.dwHighDateTime) << 32) | ticks.dwLowDateTime;
+  const ULONGLONG count =
+      (static_cast<ULONGLONG>(ticks.dwHighDateTime) << 32) | ticks.dwLowDateTime;
   return (count - kUnixEpochTicks) / kTicksPerSecond;
 }
 

@@ -50,8 +50,7 @@ using LocalObject = std::optional<CJavaObject>;
 using LocalString = std::optional<CJavaString>;
 
 // A Java string of the text, or empty with the failure logged and the exception cleared.
-LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text,
-                          TextInLog visibility);
+LocalString GetJavaString(const HostLog& log, CJavaVM& vm, WStringView text, TextInLog visibility);
 
 // Whole seconds from 1970-01-01 (universal time) to the OLE date. Dates before 1970 wrap
 // around as unsigned values; the host has always been sent them so.

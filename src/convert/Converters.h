@@ -11,26 +11,22 @@
 
 namespace tarnix::convert {
 
-LocalObject GetSample(Conversion& c, IHostSample* sample,
-                                       IHostSessionSource* sessions);
+LocalObject GetSample(Conversion& c, IHostSample* sample, IHostSessionSource* sessions);
 
 // True when the metrics enumerator delivered a pair, and when the metrics could not be
 // read while a logger is present.
 bool PutMetrics(Conversion& c, const CJavaObject& target, IHostSample* source);
 LocalObject GetMetric(Conversion& c, WStringView name, const VARIANT& value);
 // `instances` stays the caller's; null is an empty list.
-LocalObject GetMetricWithInstances(Conversion& c, WStringView name,
-                                                    IHostEnumerator* instances);
+LocalObject GetMetricWithInstances(Conversion& c, WStringView name, IHostEnumerator* instances);
 
 LocalObject GetUserSession(Conversion& c, ComPtr<IHostUserSession> session);
 
 LocalObject GetDesktop(Conversion& c, ISystemInfo* system);
-LocalObject GetNetworkInterface(Conversion& c,
-                                                 const HostNetworkInterfaceRecord& adapter);
+LocalObject GetNetworkInterface(Conversion& c, const HostNetworkInterfaceRecord& adapter);
 
 LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes);
-LocalObject GetExtendedSample(Conversion& c, IHostSample* sample,
-                                               IHostEnumerator* metrics);
+LocalObject GetExtendedSample(Conversion& c, IHostSample* sample, IHostEnumerator* metrics);
 HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSample* sample,
                            IHostEnumerator* metrics);
 

@@ -57,7 +57,8 @@ WString Format(const std::tm& calendar) {
                                 : strftime(buffer, kLabelCapacity, "%c", &calendar);
   WString label;
   label.reserve(length);
-  for (size_t i = 0; i < length; ++i) label += static_cast<WCHAR>(static_cast<unsigned char>(buffer[i]));
+  for (size_t i = 0; i < length; ++i)
+    label += static_cast<WCHAR>(static_cast<unsigned char>(buffer[i]));
   return label;
 }
 

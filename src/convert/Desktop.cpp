@@ -39,8 +39,8 @@ class AdapterList {
 
 constexpr const WCHAR kNetworkInterfacesFailure[] =
     WSTR("Failed to get_networkInterfaces in function class std::shared_ptr<class CJavaObject> ")
-    WSTR("__cdecl CJNIConvertor::GetDesktop(class std::shared_ptr<class CJavaVM>,struct ")
-    WSTR("ISystemInfo *)");
+        WSTR("__cdecl CJNIConvertor::GetDesktop(class std::shared_ptr<class CJavaVM>,struct ")
+            WSTR("ISystemInfo *)");
 
 struct AdapterSetter {
   tarnix::Method<void(jstring)> method;
@@ -62,8 +62,7 @@ constexpr size_t kTextSetters = sizeof(kAdapterSetters) / sizeof(kAdapterSetters
 
 }  // namespace
 
-LocalObject GetNetworkInterface(Conversion& c,
-                                                 const HostNetworkInterfaceRecord& adapter) {
+LocalObject GetNetworkInterface(Conversion& c, const HostNetworkInterfaceRecord& adapter) {
   const CJavaClass* adapterClass = c.Class(DataClass::NetworkInterface);
   if (!adapterClass) return std::nullopt;
   LocalString description = c.String(View(adapter.description));
@@ -84,8 +83,8 @@ LocalObject GetNetworkInterface(Conversion& c,
       return std::nullopt;
     }
   }
-  if (std::optional<WString> failure = c.Call(
-          *javaAdapter, methods::NetworkInterface::putLinkSpeed, static_cast<jint>(adapter.linkSpeed))) {
+  if (std::optional<WString> failure = c.Call(*javaAdapter, methods::NetworkInterface::putLinkSpeed,
+                                              static_cast<jint>(adapter.linkSpeed))) {
     c.Log().Error(WSTR("Failed to set the link speed on the Java network interface object.  %s"),
                   *failure);
     return std::nullopt;
@@ -120,8 +119,8 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
   if (!desktop) return std::nullopt;
   LONG memory = 0;
   system->get_totalMemory(&memory);
-  if (std::optional<WString> failure = c.Call(
-          *desktop, methods::DesktopInformation::putTotalMemory, static_cast<jint>(memory))) {
+  if (std::optional<WString> failure = c.Call(*desktop, methods::DesktopInformation::putTotalMemory,
+                                              static_cast<jint>(memory))) {
     c.Log().Error(WSTR("Failed to set total memory on the Java desktop object.  %s"), *failure);
     return std::nullopt;
   }
@@ -130,7 +129,7 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
   for (const HostNetworkInterfaceRecord& record : records) {
     LocalObject adapter = GetNetworkInterface(c, record);
     if (!adapter) continue;
-    if (std::optional<WString> failure = 
+    if (std::optional<WString> failure =
             c.Call(*desktop, methods::DesktopInformation::addNetworkInterface, *adapter)) {
       c.Log().Error(WSTR("Failed to add network interface '%s' to the Java desktop object.  %s"),
                     WString(View(record.description)), *failure);

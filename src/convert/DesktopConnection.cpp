@@ -14,8 +14,7 @@ const WCHAR* DeviceType(ISystemInfo* system) {
 
 }  // namespace
 
-std::shared_ptr<CJavaObject> GetDesktopConnection(IHostLogger* logger,
-                                                  std::shared_ptr<CJavaVM> vm,
+std::shared_ptr<CJavaObject> GetDesktopConnection(IHostLogger* logger, std::shared_ptr<CJavaVM> vm,
                                                   const DesktopIdentity& identity,
                                                   ISystemInfo* system) {
   if (!vm) return nullptr;

@@ -23,7 +23,6 @@ struct DesktopIdentity {
 // Empty on failure, logged through `logger` (which may be null). The token and the
 // unique id never reach the log, not even when their Java strings fail. `system` answers
 // whether this is a desktop; without it the machine is a server.
-std::shared_ptr<CJavaObject> GetDesktopConnection(IHostLogger* logger,
-                                                  std::shared_ptr<CJavaVM> vm,
+std::shared_ptr<CJavaObject> GetDesktopConnection(IHostLogger* logger, std::shared_ptr<CJavaVM> vm,
                                                   const DesktopIdentity& identity,
                                                   ISystemInfo* system);

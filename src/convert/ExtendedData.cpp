@@ -33,8 +33,8 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   if (!attributes) return std::nullopt;
   const CJavaClass* mapClass = c.Class(DataClass::HashMap);
   if (!mapClass) return std::nullopt;
-  LocalObject map =
-      c.Construct(*mapClass, methods::HashMap::ctor, WSTR("Failed to create a new Java hash map object.  %s"));
+  LocalObject map = c.Construct(*mapClass, methods::HashMap::ctor,
+                                WSTR("Failed to create a new Java hash map object.  %s"));
   if (!map) return std::nullopt;
   ComPtr<IHostEnumerator> items;
   if (FAILED(attributes->get_Enumerator(items.Receive()))) return std::nullopt;
@@ -67,11 +67,11 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
     if (IUnknown* object = value.Get().punkVal) {
       object->QueryInterface(IID_IHostEnumerator, instances.ReceiveVoid());
     }
-    LocalObject metric =
-        GetMetricWithInstances(c, View(name.Get()), instances.Get());
+    LocalObject metric = GetMetricWithInstances(c, View(name.Get()), instances.Get());
     instances.Reset();
     if (!metric) continue;
-    if (std::optional<WString> failure = c.Call(javaSample, methods::BaseSample::putMetric, *metric)) {
+    if (std::optional<WString> failure =
+            c.Call(javaSample, methods::BaseSample::putMetric, *metric)) {
       const WString label = c.TimeLabelOf(sample);
       c.Log().Error(WSTR("Failed to add metric '%s' to sample '%s'.  %s"), name.Text(), label,
                     *failure);
@@ -80,8 +80,7 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
   return last;
 }
 
-LocalObject GetExtendedSample(Conversion& c, IHostSample* sample,
-                                               IHostEnumerator* metrics) {
+LocalObject GetExtendedSample(Conversion& c, IHostSample* sample, IHostEnumerator* metrics) {
   const CJavaClass* sampleClass = c.Class(DataClass::Sample);
   if (!sampleClass || !sample) return std::nullopt;
   DATE time = 0;
@@ -91,8 +90,8 @@ LocalObject GetExtendedSample(Conversion& c, IHostSample* sample,
     return std::nullopt;
   }
   LocalObject javaSample =
-      c.Construct(*sampleClass, methods::BaseSample::ctorTime, WSTR("Failed to create a new Java sample object.  %s"),
-                  ToJavaMillis(time));
+      c.Construct(*sampleClass, methods::BaseSample::ctorTime,
+                  WSTR("Failed to create a new Java sample object.  %s"), ToJavaMillis(time));
   if (!javaSample) return std::nullopt;
   // The sample goes with the metrics that did go in.
   if (FAILED(PutExtendedMetrics(c, *javaSample, sample, metrics))) {

@@ -49,8 +49,8 @@ class CJNIConvertor {
   // thrown once the desktop's own values are converted; the caller turns it into its
   // result.
   std::shared_ptr<CJavaObject> GetDesktop(std::shared_ptr<CJavaVM> vm, ISystemInfo* system) const;
-  std::shared_ptr<CJavaObject> GetNetworkInterface(
-      std::shared_ptr<CJavaVM> vm, const HostNetworkInterfaceRecord& adapter) const;
+  std::shared_ptr<CJavaObject> GetNetworkInterface(std::shared_ptr<CJavaVM> vm,
+                                                   const HostNetworkInterfaceRecord& adapter) const;
 
   // A java.util.HashMap of every attribute as text. A failed "put" leaves its exception
   // pending for the caller, and no further attribute is sent.
@@ -58,8 +58,7 @@ class CJNIConvertor {
                                                IHostNamedValues* attributes) const;
   // A BaseSample with the sample's time and one metric (with its instances) per extended
   // metric.
-  std::shared_ptr<CJavaObject> GetExtendedSample(std::shared_ptr<CJavaVM> vm,
-                                                 IHostSample* sample,
+  std::shared_ptr<CJavaObject> GetExtendedSample(std::shared_ptr<CJavaVM> vm, IHostSample* sample,
                                                  IHostEnumerator* metrics) const;
   // The result of the enumerator's last Next.
   HRESULT PutExtendedMetrics(std::shared_ptr<CJavaVM> vm, const CJavaObject& javaSample,

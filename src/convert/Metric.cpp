@@ -32,23 +32,40 @@ LocalObject NewMetric(Conversion& c, WStringView name) {
 // them, and its readers do not expect them.
 bool PutValue(Conversion& c, const CJavaObject& metric, const VARIANT& value) {
   switch (value.vt) {
-    case VT_I2: metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.iVal)); return true;
-    case VT_I4: metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.lVal)); return true;
-    case VT_UI2: metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.uiVal)); return true;
-    case VT_UI4: metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.ulVal)); return true;
-    case VT_I8: metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.llVal)); return true;
+    case VT_I2:
+      metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.iVal));
+      return true;
+    case VT_I4:
+      metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.lVal));
+      return true;
+    case VT_UI2:
+      metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.uiVal));
+      return true;
+    case VT_UI4:
+      metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.ulVal));
+      return true;
+    case VT_I8:
+      metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.llVal));
+      return true;
     // Bit for bit: counters above 2^63 - 1 arrive negative, as the server expects.
-    case VT_UI8: metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.ullVal)); return true;
-    case VT_R4: metric.CallVoidMethod(methods::BaseMetric::putDoubleValue, static_cast<jdouble>(value.fltVal)); return true;
-    case VT_R8: metric.CallVoidMethod(methods::BaseMetric::putDoubleValue, static_cast<jdouble>(value.dblVal)); return true;
+    case VT_UI8:
+      metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.ullVal));
+      return true;
+    case VT_R4:
+      metric.CallVoidMethod(methods::BaseMetric::putDoubleValue,
+                            static_cast<jdouble>(value.fltVal));
+      return true;
+    case VT_R8:
+      metric.CallVoidMethod(methods::BaseMetric::putDoubleValue,
+                            static_cast<jdouble>(value.dblVal));
+      return true;
     case VT_BSTR:
       // A text that cannot be made has been logged; the metric goes without a value.
       if (LocalString text = c.String(View(value.bstrVal))) {
         metric.CallVoidMethod(methods::BaseMetric::putStringValue, *text);
       }
       return true;
-    default:
-      return false;
+    default: return false;
   }
 }
 
@@ -93,8 +110,7 @@ bool PutMetrics(Conversion& c, const CJavaObject& target, IHostSample* source) {
   return delivered;
 }
 
-LocalObject GetMetricWithInstances(Conversion& c, WStringView name,
-                                                    IHostEnumerator* instances) {
+LocalObject GetMetricWithInstances(Conversion& c, WStringView name, IHostEnumerator* instances) {
   LocalObject metric = NewMetric(c, name);
   if (!metric) return std::nullopt;
   ScopedBstr instanceName;
@@ -102,7 +118,8 @@ LocalObject GetMetricWithInstances(Conversion& c, WStringView name,
   while (instances && instances->Next(instanceName.Receive(), value.Receive()) == S_OK) {
     LocalObject instance = GetMetric(c, View(instanceName.Get()), value.Get());
     if (!instance) continue;
-    if (std::optional<WString> failure = c.Call(*metric, methods::BaseMetric::addInstance, *instance)) {
+    if (std::optional<WString> failure =
+            c.Call(*metric, methods::BaseMetric::addInstance, *instance)) {
       c.Log().Error(WSTR("Failed to add instance '%s' to metric '%s'.  %s"), instanceName.Text(),
                     WString(name), *failure);
     }

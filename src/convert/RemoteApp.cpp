@@ -40,7 +40,8 @@ void PutRemoteApps(Conversion& c, const CJavaObject& target, IHostSample* instan
     // An application that delivered no metrics is not worth a message to the server.
     if (!PutMetrics(c, *javaApp, app.Get())) continue;
     c.Log().Level8(WSTR("Adding remote app to sample: '%s'"), id.Text());
-    if (std::optional<WString> failure = c.Call(target, methods::BaseUserSession::putRemoteApp, *javaApp)) {
+    if (std::optional<WString> failure =
+            c.Call(target, methods::BaseUserSession::putRemoteApp, *javaApp)) {
       const WString label = c.TimeLabelOf(instance);
       c.Log().Error(WSTR("Failed to add app '%s' to sample '%s'.  %s"), id.Text(), label, *failure);
     }

@@ -34,7 +34,8 @@ void AddInstance(SampleInProgress& s, BSTR key, IHostSample* instance) {
   if (instance) PutRemoteApps(s.c, *javaSession, instance);
   const WString keyText(View(key));
   s.c.Log().Level8(WSTR("Adding session to sample: '%s'"), keyText);
-  if (std::optional<WString> failure = s.c.Call(s.javaSample, methods::BaseSample::putSession, *javaSession)) {
+  if (std::optional<WString> failure =
+          s.c.Call(s.javaSample, methods::BaseSample::putSession, *javaSession)) {
     if (s.c.Log().HasLogger()) {
       s.c.Log().Error(WSTR("Failed to add session '%s' to sample '%s'.  %s"), keyText, s.Label(),
                       *failure);
@@ -44,8 +45,7 @@ void AddInstance(SampleInProgress& s, BSTR key, IHostSample* instance) {
 
 }  // namespace
 
-LocalObject GetSample(Conversion& c, IHostSample* sample,
-                                       IHostSessionSource* sessions) {
+LocalObject GetSample(Conversion& c, IHostSample* sample, IHostSessionSource* sessions) {
   const CJavaClass* sampleClass = c.Class(DataClass::Sample);
   if (!sampleClass || !sample) return std::nullopt;
   DATE time = 0;
@@ -55,8 +55,8 @@ LocalObject GetSample(Conversion& c, IHostSample* sample,
     return std::nullopt;
   }
   LocalObject javaSample =
-      c.Construct(*sampleClass, methods::BaseSample::ctorTime, WSTR("Failed to create a new Java sample object.  %s"),
-                  ToJavaMillis(time));
+      c.Construct(*sampleClass, methods::BaseSample::ctorTime,
+                  WSTR("Failed to create a new Java sample object.  %s"), ToJavaMillis(time));
   if (!javaSample) return std::nullopt;
   PutMetrics(c, *javaSample, sample);
 

@@ -27,13 +27,13 @@ void PutProperty(Conversion& c, const CJavaObject& javaSession, IHostUserSession
   LocalString javaName = c.String(View(name));
   // Every property goes as text; one the host cannot turn into text goes as "".
   const bool isText = SUCCEEDED(value.ChangeType(VT_BSTR));
-  LocalString javaValue =
-      c.String(isText ? View(value.Get().bstrVal) : WStringView());
+  LocalString javaValue = c.String(isText ? View(value.Get().bstrVal) : WStringView());
   if (!javaName || !javaValue) return;
-  if (std::optional<WString> failure = c.Call(javaSession, methods::BaseUserSession::putProperty, *javaName, *javaValue)) {
+  if (std::optional<WString> failure =
+          c.Call(javaSession, methods::BaseUserSession::putProperty, *javaName, *javaValue)) {
     const WString label = UserLabel(session);
-    c.Log().Error(WSTR("Failed to set user property %s for user %s.  %s"),
-                  WString(View(name)), label, *failure);
+    c.Log().Error(WSTR("Failed to set user property %s for user %s.  %s"), WString(View(name)),
+                  label, *failure);
   }
 }
 
@@ -79,10 +79,10 @@ LocalObject GetUserSession(Conversion& c, ComPtr<IHostUserSession> session) {
 
   // Only the host's 1 means connected; its VARIANT_TRUE (-1) has always been sent as not
   // connected, and the server's session states are built on that.
-  LocalObject javaSession = c.Construct(
-      *sessionClass, methods::BaseUserSession::ctorIdSidUserDomainConnected,
-      WSTR("Failed to create a new Java user session object.  %s"), static_cast<jint>(id), *sid,
-      *user, *domain, connected == 1);
+  LocalObject javaSession =
+      c.Construct(*sessionClass, methods::BaseUserSession::ctorIdSidUserDomainConnected,
+                  WSTR("Failed to create a new Java user session object.  %s"),
+                  static_cast<jint>(id), *sid, *user, *domain, connected == 1);
   if (!javaSession) return std::nullopt;
   PutProperties(c, *javaSession, host);
   return javaSession;

@@ -29,8 +29,8 @@ class ThrowableReader {
     if (!Answered(type.Get())) return false;
     const jmethodID method = env_->GetMethodID(type.Get(), "toString", "()Ljava/lang/String;");
     if (!Answered(method)) return false;
-    tarnix::LocalRef<jstring> string(
-        env_, static_cast<jstring>(env_->CallObjectMethod(object, method)));
+    tarnix::LocalRef<jstring> string(env_,
+                                     static_cast<jstring>(env_->CallObjectMethod(object, method)));
     if (!Answered(string.Get())) return false;
     const tarnix::StringUtfChars chars(env_, string.Get());
     if (!Answered(chars.Get())) return false;

@@ -18,9 +18,8 @@ namespace tarnix {
 
 namespace detail {
 template <class T>
-inline constexpr bool kIsCharacter =
-    std::is_same_v<T, char> || std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> ||
-    std::is_same_v<T, char32_t>;
+inline constexpr bool kIsCharacter = std::is_same_v<T, char> || std::is_same_v<T, wchar_t> ||
+                                     std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>;
 
 // Anything with a Get() that yields a JNI reference: CJavaObject, CJavaString, LocalRef,
 // GlobalRef.
@@ -51,8 +50,10 @@ constexpr char KindOf() {
   } else if constexpr (std::is_integral_v<T>) {
     // Every 32-bit unsigned value fits a Java long but not a Java int; an unsigned
     // 64-bit value fits neither.
-    if constexpr (std::is_signed_v<T>) return sizeof(T) <= sizeof(jint) ? 'I' : 'J';
-    else return sizeof(T) < sizeof(jint) ? 'I' : sizeof(T) == sizeof(jint) ? 'J' : 0;
+    if constexpr (std::is_signed_v<T>)
+      return sizeof(T) <= sizeof(jint) ? 'I' : 'J';
+    else
+      return sizeof(T) < sizeof(jint) ? 'I' : sizeof(T) == sizeof(jint) ? 'J' : 0;
   } else if constexpr (std::is_same_v<T, float>) {
     return 'F';
   } else if constexpr (std::is_same_v<T, double>) {
@@ -60,8 +61,10 @@ constexpr char KindOf() {
   } else if constexpr (std::is_same_v<T, std::nullptr_t>) {
     return 'N';
   } else if constexpr (std::is_pointer_v<T>) {
-    if constexpr (std::is_convertible_v<T, jstring>) return 'T';
-    else return std::is_convertible_v<T, jobject> ? 'L' : 0;
+    if constexpr (std::is_convertible_v<T, jstring>)
+      return 'T';
+    else
+      return std::is_convertible_v<T, jobject> ? 'L' : 0;
   } else if constexpr (HoldsJavaReference<T>::value) {
     return KindOf<decltype(std::declval<const T&>().Get())>();
   } else {
@@ -78,28 +81,40 @@ constexpr bool KindFits(char kind, std::string_view accepted) {
 
 template <class P>
 constexpr std::string_view AcceptedKinds() {
-  if constexpr (std::is_same_v<P, jboolean>) return "Z";
-  else if constexpr (std::is_same_v<P, jint>) return "I";
-  else if constexpr (std::is_same_v<P, jlong>) return "IJ";
-  else if constexpr (std::is_same_v<P, jfloat>) return "IJF";
-  else if constexpr (std::is_same_v<P, jdouble>) return "IJFD";
-  else if constexpr (std::is_same_v<P, jstring>) return "TN";
-  else if constexpr (std::is_same_v<P, jobject>) return "LTN";
-  else return "";  // byte, char and short parameters take only an explicit narrowing
+  if constexpr (std::is_same_v<P, jboolean>)
+    return "Z";
+  else if constexpr (std::is_same_v<P, jint>)
+    return "I";
+  else if constexpr (std::is_same_v<P, jlong>)
+    return "IJ";
+  else if constexpr (std::is_same_v<P, jfloat>)
+    return "IJF";
+  else if constexpr (std::is_same_v<P, jdouble>)
+    return "IJFD";
+  else if constexpr (std::is_same_v<P, jstring>)
+    return "TN";
+  else if constexpr (std::is_same_v<P, jobject>)
+    return "LTN";
+  else
+    return "";  // byte, char and short parameters take only an explicit narrowing
 }
 }  // namespace detail
 
 // Whether an argument of type A may be passed to a parameter of JNI type P.
 template <class P, class A>
-inline constexpr bool kFits = detail::KindOf<A>() != 0 &&
-                              detail::KindFits(detail::KindOf<A>(), detail::AcceptedKinds<P>());
+inline constexpr bool kFits =
+    detail::KindOf<A>() != 0 && detail::KindFits(detail::KindOf<A>(), detail::AcceptedKinds<P>());
 
 template <class A>
 jobject ReferenceOf(const A& argument) {
-  if constexpr (std::is_same_v<A, std::nullptr_t>) return nullptr;
-  else if constexpr (std::is_pointer_v<A>) return argument;
-  else if constexpr (detail::HoldsJavaReference<A>::value) return argument.Get();
-  else return argument ? argument->Get() : nullptr;  // an empty shared holder is null
+  if constexpr (std::is_same_v<A, std::nullptr_t>)
+    return nullptr;
+  else if constexpr (std::is_pointer_v<A>)
+    return argument;
+  else if constexpr (detail::HoldsJavaReference<A>::value)
+    return argument.Get();
+  else
+    return argument ? argument->Get() : nullptr;  // an empty shared holder is null
 }
 
 // The argument as the parameter's own type.
@@ -107,12 +122,18 @@ template <class P, class A>
 jvalue ToJValue(const A& argument) {
   static_assert(kFits<P, A>, "the argument does not convert to the parameter without a cast");
   jvalue value{};
-  if constexpr (std::is_same_v<P, jboolean>) value.z = argument ? JNI_TRUE : JNI_FALSE;
-  else if constexpr (std::is_same_v<P, jint>) value.i = static_cast<jint>(argument);
-  else if constexpr (std::is_same_v<P, jlong>) value.j = static_cast<jlong>(argument);
-  else if constexpr (std::is_same_v<P, jfloat>) value.f = static_cast<jfloat>(argument);
-  else if constexpr (std::is_same_v<P, jdouble>) value.d = static_cast<jdouble>(argument);
-  else value.l = ReferenceOf(argument);
+  if constexpr (std::is_same_v<P, jboolean>)
+    value.z = argument ? JNI_TRUE : JNI_FALSE;
+  else if constexpr (std::is_same_v<P, jint>)
+    value.i = static_cast<jint>(argument);
+  else if constexpr (std::is_same_v<P, jlong>)
+    value.j = static_cast<jlong>(argument);
+  else if constexpr (std::is_same_v<P, jfloat>)
+    value.f = static_cast<jfloat>(argument);
+  else if constexpr (std::is_same_v<P, jdouble>)
+    value.d = static_cast<jdouble>(argument);
+  else
+    value.l = ReferenceOf(argument);
   return value;
 }
 
@@ -121,9 +142,12 @@ jvalue ToJValue(const A& argument) {
 template <class P, class A>
 P ToJni(const A& argument) {
   static_assert(kFits<P, A>, "the argument does not convert to the parameter without a cast");
-  if constexpr (std::is_same_v<P, jboolean>) return argument ? JNI_TRUE : JNI_FALSE;
-  else if constexpr (std::is_pointer_v<P>) return static_cast<P>(ReferenceOf(argument));
-  else return static_cast<P>(argument);
+  if constexpr (std::is_same_v<P, jboolean>)
+    return argument ? JNI_TRUE : JNI_FALSE;
+  else if constexpr (std::is_pointer_v<P>)
+    return static_cast<P>(ReferenceOf(argument));
+  else
+    return static_cast<P>(argument);
 }
 
 // The values of one call; never a zero-length array.

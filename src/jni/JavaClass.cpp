@@ -24,8 +24,8 @@ bool CJavaClass::Initialize(const MethodEntry* table, ULONGLONG count) {
   for (ULONGLONG i = 0; i < count; ++i) {
     const MethodEntry& row = table[i];
     if (!row.alias || !row.name || !row.signature) {
-      tarnix::RaiseIllegalArgument(env, "incomplete method table row " + std::to_string(i) +
-                                            " for " + name_);
+      tarnix::RaiseIllegalArgument(
+          env, "incomplete method table row " + std::to_string(i) + " for " + name_);
       return false;
     }
     ids.push_back(env->GetMethodID(class_.Get(), row.name, row.signature));
@@ -54,8 +54,7 @@ std::optional<CJavaObject> CJavaClass::NewLocalObjectWith(const MethodEntry* tab
                                     tarnix::LocalRef<jobject>(env, made));
 }
 
-std::shared_ptr<CJavaObject> CJavaClass::NewPinnedObjectWith(const MethodEntry* table,
-                                                             size_t row,
+std::shared_ptr<CJavaObject> CJavaClass::NewPinnedObjectWith(const MethodEntry* table, size_t row,
                                                              const jvalue* values) const {
   if (table != table_) return {};
   JNIEnv* env = machine_->GetEnv();

@@ -30,17 +30,28 @@ namespace descriptor {
 // which is spelled jstring, so that no other object can be passed where text is expected.
 template <class T>
 constexpr std::string_view Of() {
-  if constexpr (std::is_same_v<T, jboolean>) return "Z";
-  else if constexpr (std::is_same_v<T, jbyte>) return "B";
-  else if constexpr (std::is_same_v<T, jchar>) return "C";
-  else if constexpr (std::is_same_v<T, jshort>) return "S";
-  else if constexpr (std::is_same_v<T, jint>) return "I";
-  else if constexpr (std::is_same_v<T, jlong>) return "J";
-  else if constexpr (std::is_same_v<T, jfloat>) return "F";
-  else if constexpr (std::is_same_v<T, jdouble>) return "D";
-  else if constexpr (std::is_same_v<T, jstring>) return "Ljava/lang/String;";
-  else if constexpr (std::is_same_v<T, jobject>) return "L";
-  else static_assert(std::is_void_v<T>, "a signature spells its types as JNI types");
+  if constexpr (std::is_same_v<T, jboolean>)
+    return "Z";
+  else if constexpr (std::is_same_v<T, jbyte>)
+    return "B";
+  else if constexpr (std::is_same_v<T, jchar>)
+    return "C";
+  else if constexpr (std::is_same_v<T, jshort>)
+    return "S";
+  else if constexpr (std::is_same_v<T, jint>)
+    return "I";
+  else if constexpr (std::is_same_v<T, jlong>)
+    return "J";
+  else if constexpr (std::is_same_v<T, jfloat>)
+    return "F";
+  else if constexpr (std::is_same_v<T, jdouble>)
+    return "D";
+  else if constexpr (std::is_same_v<T, jstring>)
+    return "Ljava/lang/String;";
+  else if constexpr (std::is_same_v<T, jobject>)
+    return "L";
+  else
+    static_assert(std::is_void_v<T>, "a signature spells its types as JNI types");
   return "V";
 }
 
@@ -50,15 +61,20 @@ constexpr size_t FieldLength(std::string_view text, size_t at) {
   while (end < text.size() && text[end] == '[') ++end;
   if (end >= text.size()) return 0;
   switch (text[end]) {
-    case 'Z': case 'B': case 'C': case 'S': case 'I': case 'J': case 'F': case 'D':
-      return end + 1 - at;
+    case 'Z':
+    case 'B':
+    case 'C':
+    case 'S':
+    case 'I':
+    case 'J':
+    case 'F':
+    case 'D': return end + 1 - at;
     case 'L':
       for (size_t close = end + 1; close < text.size(); ++close) {
         if (text[close] == ';') return close == end + 1 ? 0 : close + 1 - at;
       }
       return 0;
-    default:
-      return 0;
+    default: return 0;
   }
 }
 

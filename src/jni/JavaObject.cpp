@@ -9,9 +9,8 @@ namespace {
 
 // The bridge's refusals build their message only once a call is refused.
 void RefuseForeignThread(JNIEnv* env, const CJavaClass& javaClass, const MethodEntry& entry) {
-  tarnix::RaiseIllegalArgument(env, "a local reference of another thread: " +
-                                        javaClass.GetName() + " \"" + entry.alias +
-                                        "\" needs a global object");
+  tarnix::RaiseIllegalArgument(env, "a local reference of another thread: " + javaClass.GetName() +
+                                        " \"" + entry.alias + "\" needs a global object");
 }
 
 void RefuseForeignTable(JNIEnv* env, const CJavaClass& javaClass, const MethodEntry& entry) {

@@ -73,8 +73,7 @@ class CJavaObject {
   }
   // Any object result, as a local reference of the calling thread.
   template <class R, class... P, class... Args>
-  tarnix::LocalRef<R> CallObjectMethod(tarnix::Method<R(P...)> method,
-                                       const Args&... args) const {
+  tarnix::LocalRef<R> CallObjectMethod(tarnix::Method<R(P...)> method, const Args&... args) const {
     static_assert(std::is_pointer_v<R>, "the method does not answer an object");
     static_assert(sizeof...(Args) == sizeof...(P), "the method takes other arguments");
     jmethodID id = nullptr;
@@ -100,15 +99,24 @@ class CJavaObject {
   // each exactly its parameter's type.
   template <class R, class... Values>
   void Invoke(JNIEnv* env, jmethodID id, Values... values) const {
-    if constexpr (std::is_void_v<R>) env->CallVoidMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jboolean>) env->CallBooleanMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jbyte>) env->CallByteMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jchar>) env->CallCharMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jshort>) env->CallShortMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jint>) env->CallIntMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jlong>) env->CallLongMethod(object_, id, values...);
-    else if constexpr (std::is_same_v<R, jfloat>) env->CallFloatMethod(object_, id, values...);
-    else env->CallDoubleMethod(object_, id, values...);
+    if constexpr (std::is_void_v<R>)
+      env->CallVoidMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jboolean>)
+      env->CallBooleanMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jbyte>)
+      env->CallByteMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jchar>)
+      env->CallCharMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jshort>)
+      env->CallShortMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jint>)
+      env->CallIntMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jlong>)
+      env->CallLongMethod(object_, id, values...);
+    else if constexpr (std::is_same_v<R, jfloat>)
+      env->CallFloatMethod(object_, id, values...);
+    else
+      env->CallDoubleMethod(object_, id, values...);
   }
   void ForgetIfDetached();
 

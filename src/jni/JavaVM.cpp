@@ -158,8 +158,8 @@ CJavaVM::ThreadDetachGuard CJavaVM::AttachForScope(LONG* result) {
   return guard;
 }
 
-std::shared_ptr<CJavaClass> CJavaVM::LoadClass(const std::string& name,
-                                               const MethodEntry* table, ULONGLONG count) {
+std::shared_ptr<CJavaClass> CJavaVM::LoadClass(const std::string& name, const MethodEntry* table,
+                                               ULONGLONG count) {
   // A class that fails to resolve is destroyed after the lock is left, so that its
   // global reference goes without the class lock held.
   std::shared_ptr<CJavaClass> candidate;

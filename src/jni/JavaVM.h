@@ -78,8 +78,7 @@ class CJavaVM {
   std::shared_ptr<CJavaClass> LoadClass(const std::string& name, const MethodEntry* table,
                                         ULONGLONG count);
   template <size_t N>
-  std::shared_ptr<CJavaClass> LoadClass(const std::string& name,
-                                        const MethodEntry (&table)[N]) {
+  std::shared_ptr<CJavaClass> LoadClass(const std::string& name, const MethodEntry (&table)[N]) {
     return LoadClass(name, table, N);
   }
   // A class loaded before; never loads.

@@ -89,10 +89,8 @@ HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WC
       return CallCallbacks(manager, log, first, second, third, dataType, text);
     case eSample:
     case eExtendedData:
-    case eDesktopPoll:
-      return ExecuteAction(log, text);
-    default:
-      return unhandledResult;
+    case eDesktopPoll: return ExecuteAction(log, text);
+    default: return unhandledResult;
   }
 }
 

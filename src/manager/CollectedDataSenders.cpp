@@ -33,10 +33,11 @@ HRESULT ReadItem(IHostNamedValues* values, const WCHAR* name, ScopedVariant* val
 template <class T>
 HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
   ScopedVariant asObject;
-  HRESULT hr = VariantChangeType(asObject.Receive(), const_cast<VARIANT*>(&item.Get()), 0,
-                                 VT_UNKNOWN);
+  HRESULT hr =
+      VariantChangeType(asObject.Receive(), const_cast<VARIANT*>(&item.Get()), 0, VT_UNKNOWN);
   if (FAILED(hr)) return hr;
-  if (IUnknown* unknown = asObject.Get().punkVal) unknown->QueryInterface(iid, object->ReceiveVoid());
+  if (IUnknown* unknown = asObject.Get().punkVal)
+    unknown->QueryInterface(iid, object->ReceiveVoid());
   return S_OK;
 }
 
@@ -69,7 +70,8 @@ DispatchOutcome SendSample(const DispatchCall& call) {
 DispatchOutcome SendExtendedData(const DispatchCall& call) {
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  const ComPtr<IHostNamedValues> values = QueryData<IHostNamedValues>(call.data, IID_IHostNamedValues);
+  const ComPtr<IHostNamedValues> values =
+      QueryData<IHostNamedValues>(call.data, IID_IHostNamedValues);
   if (!values) return {E_FAIL, nullptr};
   ScopedVariant metaData, metrics;
   HRESULT hr = ReadItem(values.Get(), WSTR("meta-data"), &metaData);
@@ -81,22 +83,25 @@ DispatchOutcome SendExtendedData(const DispatchCall& call) {
   if (FAILED(hr)) return {hr, nullptr};
 
   const CJNIConvertor convertor(call.log.Get());
-  const std::shared_ptr<CJavaObject> map = convertor.GetExtendedData(call.machine, attributes.Get());
+  const std::shared_ptr<CJavaObject> map =
+      convertor.GetExtendedData(call.machine, attributes.Get());
   if (!map) return {E_FAIL, nullptr};
   std::optional<WString> refused = RefusedAttribute(*call.machine);
   const std::shared_ptr<CJavaObject> javaSample = convertor.GetExtendedSample(
-      call.machine, QueryData<IHostSample>(call.data, IID_IHostSample).Get(), extendedMetrics.Get());
+      call.machine, QueryData<IHostSample>(call.data, IID_IHostSample).Get(),
+      extendedMetrics.Get());
   if (!javaSample) return {E_FAIL, nullptr, std::move(refused)};
   return {S_OK,
-          call.client.CallStringMethod(Client::onExtendedDataCollected, *connection.object,
-                                       *map, *javaSample),
+          call.client.CallStringMethod(Client::onExtendedDataCollected, *connection.object, *map,
+                                       *javaSample),
           std::move(refused)};
 }
 
 DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  const ComPtr<IHostNamedValues> values = QueryData<IHostNamedValues>(call.data, IID_IHostNamedValues);
+  const ComPtr<IHostNamedValues> values =
+      QueryData<IHostNamedValues>(call.data, IID_IHostNamedValues);
   if (!values) return {E_FAIL, nullptr};
   ScopedVariant metadata, route;
   HRESULT hr = ReadItem(values.Get(), WSTR("metadata"), &metadata);
@@ -113,7 +118,8 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   const CJNIConvertor convertor(call.log.Get());
   ComPtr<IHostNamedValues> attributes;
   ObjectOfItem(metadata, IID_IHostNamedValues, &attributes);
-  const std::shared_ptr<CJavaObject> map = convertor.GetExtendedData(call.machine, attributes.Get());
+  const std::shared_ptr<CJavaObject> map =
+      convertor.GetExtendedData(call.machine, attributes.Get());
   if (!map) {
     call.log.Error(WSTR("Failed to GetMetadata for traceroute msg"));
     return {E_FAIL, nullptr};
@@ -121,8 +127,8 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   std::optional<WString> refused = RefusedAttribute(*call.machine);
   ScopedVariant routeText;
   std::shared_ptr<CJavaString> javaRoute;
-  if (SUCCEEDED(VariantChangeType(routeText.Receive(), const_cast<VARIANT*>(&route.Get()), 0,
-                                  VT_BSTR))) {
+  if (SUCCEEDED(
+          VariantChangeType(routeText.Receive(), const_cast<VARIANT*>(&route.Get()), 0, VT_BSTR))) {
     const BSTR text = routeText.Get().bstrVal;
     javaRoute = convertor.GetJavaString(call.machine, WString(text, SysStringLen(text)), false);
   }
@@ -130,10 +136,10 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
     call.log.Error(WSTR("No traceResult."));
     return {E_FAIL, nullptr, std::move(refused)};
   }
-  return {S_OK,
-          call.client.CallStringMethod(Client::onActionPerformed, *connection.object, *map,
-                                       *javaRoute),
-          std::move(refused)};
+  return {
+      S_OK,
+      call.client.CallStringMethod(Client::onActionPerformed, *connection.object, *map, *javaRoute),
+      std::move(refused)};
 }
 
 DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
@@ -144,9 +150,8 @@ DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
   if (!desktop) return desktop.Failure();
   const std::shared_ptr<CJavaString> empty = RequiredString(*call.machine, WString());
   if (!empty) return {E_FAIL, nullptr};
-  return {S_OK,
-          call.client.CallStringMethod(Client::onDesktopPoll, *connection.object,
-                                       JavaNumber(call), *empty)};
+  return {S_OK, call.client.CallStringMethod(Client::onDesktopPoll, *connection.object,
+                                             JavaNumber(call), *empty)};
 }
 
 }  // namespace tarnix

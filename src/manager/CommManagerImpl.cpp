@@ -8,7 +8,7 @@
 #include "manager/ManagerMessages.h"
 
 #if defined(__SANITIZE_ADDRESS__) && !defined(_MSC_VER)
-#include <sanitizer/lsan_interface.h>
+#  include <sanitizer/lsan_interface.h>
 #endif
 
 using Client = tarnix::methods::DesktopMessageClient;
@@ -123,14 +123,9 @@ LONG CRMICommManagerImpl::CallCallback(const WCHAR* first, const WCHAR* second, 
 HRESULT CRMICommManagerImpl::EnsureStarted() {
   for (;;) {
     switch (state_.load()) {
-      case eStateInitialized:
-        return S_OK;
-      case eStateInitFailed:
-        log_.Error(tarnix::messages::kRefusedAfterFailure);
-        return E_FAIL;
-      case eStateUninitialized:
-        log_.Error(tarnix::messages::kRefusedAfterTeardown);
-        return E_FAIL;
+      case eStateInitialized: return S_OK;
+      case eStateInitFailed: log_.Error(tarnix::messages::kRefusedAfterFailure); return E_FAIL;
+      case eStateUninitialized: log_.Error(tarnix::messages::kRefusedAfterTeardown); return E_FAIL;
       default: {
         std::lock_guard<std::recursive_mutex> lock(lock_);
         // The host called back from inside start-up (its logger, say). A second start-up

@@ -6,10 +6,17 @@ namespace tarnix {
 namespace {
 
 constexpr std::array<const WCHAR*, 11> kNames = {
-    WSTR("eUserSessionStart"),     WSTR("eUserSessionLogon"),   WSTR("eUserSessionLogoff"),
-    WSTR("eUserSessionRefresh"),   WSTR("eUserSessionReconnect"), WSTR("eUserSessionDisconnect"),
-    WSTR("eUserSessionEnd"),       WSTR("eExtendedData"),       WSTR("eStartup"),
-    WSTR("eSample"),               WSTR("eTraceRoute"),
+    WSTR("eUserSessionStart"),
+    WSTR("eUserSessionLogon"),
+    WSTR("eUserSessionLogoff"),
+    WSTR("eUserSessionRefresh"),
+    WSTR("eUserSessionReconnect"),
+    WSTR("eUserSessionDisconnect"),
+    WSTR("eUserSessionEnd"),
+    WSTR("eExtendedData"),
+    WSTR("eStartup"),
+    WSTR("eSample"),
+    WSTR("eTraceRoute"),
 };
 
 }  // namespace

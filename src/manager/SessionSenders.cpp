@@ -18,8 +18,14 @@ struct SessionOnly {
   DispatchOutcome failure;
 
   explicit SessionOnly(const DispatchCall& call) {
-    if (!call.session) { failure = {E_FAIL, nullptr}; return; }
-    if (!(connection = ConvertConnection(call))) { failure = connection.Failure(); return; }
+    if (!call.session) {
+      failure = {E_FAIL, nullptr};
+      return;
+    }
+    if (!(connection = ConvertConnection(call))) {
+      failure = connection.Failure();
+      return;
+    }
     if (!(session = ConvertSession(call))) failure = session.Failure();
   }
   bool Ready() const { return session.object != nullptr; }

@@ -10,8 +10,7 @@
 // put the hidden result pointer and `this` in opposite order.
 #include "tarnix/RMICommManager.h"
 
-#define TARNIX_EXPORTED_MEMBER(variable, member) \
-  extern const auto variable = &member;
+#define TARNIX_EXPORTED_MEMBER(variable, member) extern const auto variable = &member;
 
 TARNIX_EXPORTED_MEMBER(kGetInstance, CRMICommManager::GetInstance)
 TARNIX_EXPORTED_MEMBER(kDumpData, CRMICommManager::DumpData<IUnknown>)

@@ -2,7 +2,7 @@
 #include "platform/Win32.h"
 
 #ifdef _WIN32
-#include "manager/CommManagerImpl.h"
+#  include "manager/CommManagerImpl.h"
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {
   // A non-null `reserved` on detach: the process is ending rather than unloading us.

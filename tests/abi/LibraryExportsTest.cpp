@@ -13,8 +13,8 @@ TEST(LibraryExports, TheHostsNamesReachTheManager) {
   const Module module(NativePath(TARNIX_LIBRARY_PATH));
   const HMODULE library = module.Get();
   ASSERT_NE(library, nullptr) << TARNIX_LIBRARY_PATH;
-  for (const char* name : {kGetInstance, kDumpData, kRegister, kUnregister, kGetServerInfo,
-                           kGetConfigContent}) {
+  for (const char* name :
+       {kGetInstance, kDumpData, kRegister, kUnregister, kGetServerInfo, kGetConfigContent}) {
     EXPECT_NE(Find<void*>(library, name), nullptr) << name;
   }
   // Nothing of the inside shows: not the implementation, not the platform layer.

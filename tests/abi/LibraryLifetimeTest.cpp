@@ -92,11 +92,10 @@ TEST(LibraryVersion, TheResourceNamesTheComponentVersion) {
   for (const wchar_t* name : {L"\\StringFileInfo\\040904b0\\FileVersion",
                               L"\\StringFileInfo\\040904b0\\ProductVersion"}) {
     ASSERT_TRUE(VerQueryValueW(data.data(), name, &value, &length)) << WideToUtf8(name);
-    EXPECT_EQ(WideToUtf8(static_cast<const wchar_t*>(value)), TARNIX_VERSION)
-        << WideToUtf8(name);
+    EXPECT_EQ(WideToUtf8(static_cast<const wchar_t*>(value)), TARNIX_VERSION) << WideToUtf8(name);
   }
-  ASSERT_TRUE(
-      VerQueryValueW(data.data(), L"\\StringFileInfo\\040904b0\\OriginalFilename", &value, &length));
+  ASSERT_TRUE(VerQueryValueW(data.data(), L"\\StringFileInfo\\040904b0\\OriginalFilename", &value,
+                             &length));
   EXPECT_EQ(WString(static_cast<const wchar_t*>(value)), WSTR("tarnix-rmi.dll"));
 }
 #endif

@@ -59,9 +59,14 @@ jint JNICALL GetEnv(JavaVM*, void** env, jint) {
   return JNI_EDETACHED;
 }
 
-JNIInvokeInterface_ g_vmTable{nullptr,       nullptr,           nullptr,
-                              DestroyJavaVM, AttachCurrentThread, DetachCurrentThread,
-                              GetEnv,        AttachCurrentThread};
+JNIInvokeInterface_ g_vmTable{nullptr,
+                              nullptr,
+                              nullptr,
+                              DestroyJavaVM,
+                              AttachCurrentThread,
+                              DetachCurrentThread,
+                              GetEnv,
+                              AttachCurrentThread};
 JavaVM g_vm{&g_vmTable};
 
 }  // namespace

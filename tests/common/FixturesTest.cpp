@@ -38,7 +38,8 @@ TEST(Fixtures, TheLoggerFailsTheTestWhenASecretIsLogged) {
   logger->ForbidText(WSTR("s3cret"));
   HostLog log(logger.Get());
   log.Info(WSTR("harmless"));
-  EXPECT_NONFATAL_FAILURE(log.Error(WSTR("key '%s'"), WSTR("xs3cretx")), "a secret reached the log");
+  EXPECT_NONFATAL_FAILURE(log.Error(WSTR("key '%s'"), WSTR("xs3cretx")),
+                          "a secret reached the log");
   EXPECT_EQ(logger->Count(), 2u);
 }
 
@@ -48,7 +49,8 @@ TEST(Fixtures, RegistryContentReadsBackAsWritten) {
   registry.Own(HKEY_CURRENT_USER, WSTR("Software\\tarnix-test"));
   registry.SetString(HKEY_CURRENT_USER, path, WSTR("text"), WSTR("C:\\a \"b\"\\"));
   registry.SetString(HKEY_CURRENT_USER, path, WString(), WSTR("default"));
-  registry.SetString(HKEY_CURRENT_USER, path, WSTR("expand"), WSTR("%ProgramFiles%\\x"), REG_EXPAND_SZ);
+  registry.SetString(HKEY_CURRENT_USER, path, WSTR("expand"), WSTR("%ProgramFiles%\\x"),
+                     REG_EXPAND_SZ);
   registry.SetDword(HKEY_CURRENT_USER, path, WSTR("number"), 0x2A);
   registry.SetRaw(HKEY_CURRENT_USER, path, WSTR("odd"), REG_SZ, {'a', 0, 'b'});
   registry.Apply();

@@ -18,9 +18,9 @@ const HRESULT kFileNotFound = static_cast<HRESULT>(0x80070002);
 // A code no system has a text for.
 const HRESULT kWithoutText = static_cast<HRESULT>(0x8004DEAD);
 
-const WCHAR kServerInfoPrefix[] =
-    WSTR("Failed to load server config in function long __cdecl CRMIConfigLoader::GetServerInfo("
-         "struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)");
+const WCHAR kServerInfoPrefix[] = WSTR(
+    "Failed to load server config in function long __cdecl CRMIConfigLoader::GetServerInfo("
+    "struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)");
 
 TEST(ErrorText, SystemTextIsKeptVerbatimWithItsLineEnd) {
   const WString text = SystemMessageText(kFileNotFound);
@@ -55,9 +55,11 @@ TEST_F(HostLogTest, FailureLinesCarryTheCodeAfterTheUnchangedPrefix) {
 
   const std::vector<LogLine> lines = Logger().Lines();
   ASSERT_EQ(lines.size(), 6u) << Logger().Dump();
-  EXPECT_EQ(lines[0].message, kServerInfoPrefix + WString(WSTR("  Error code 0x80070002 -- ")) + text);
+  EXPECT_EQ(lines[0].message,
+            kServerInfoPrefix + WString(WSTR("  Error code 0x80070002 -- ")) + text);
   EXPECT_EQ(lines[1].message, kServerInfoPrefix + WString(WSTR("  Error code 0x8004dead.")));
-  EXPECT_EQ(lines[2].message, WSTR("Failed to retrieve the log foler path.    Error code 0x8004dead."));
+  EXPECT_EQ(lines[2].message,
+            WSTR("Failed to retrieve the log foler path.    Error code 0x8004dead."));
   EXPECT_EQ(lines[2].operation, LogOperation::Warning);
   EXPECT_EQ(lines[3].message.rfind(WSTR("Failed to get property boxError code 0x80004005"), 0), 0u);
   EXPECT_EQ(lines[4].message, WSTR("Failed to get action executorError code 0x8004dead."));
@@ -69,7 +71,8 @@ TEST_F(HostLogTest, EachKindOfMessageReachesItsOwnOperation) {
   HostLog log(&Logger());
   // The logger's own answer changes nothing.
   Logger().SetResult(E_FAIL);
-  EXPECT_TRUE(log.Error(WSTR("Failed to load class %s.  %s"), WSTR("a/B"), WSTR("java.lang.Error")));
+  EXPECT_TRUE(
+      log.Error(WSTR("Failed to load class %s.  %s"), WSTR("a/B"), WSTR("java.lang.Error")));
   EXPECT_TRUE(log.Warning(WSTR("Failed to retrieve the sample at log off.")));
   EXPECT_TRUE(log.Info(WSTR("Using message server '%s'."), WSTR("rmi://127.0.0.1:1099/x")));
   EXPECT_TRUE(log.Level8(WSTR("Adding session to sample: '%s'"), WSTR("3")));
@@ -111,9 +114,7 @@ TEST(HostLog, WithoutALoggerNothingIsWrittenAndNothingAsked) {
 }
 
 TEST_F(HostLogTest, AnOnDemandLogAsksTheHostOnlyWhenThereIsSomethingToLog) {
-  {
-    HostLog quiet = HostLog::AcquiredOnFirstUse();
-  }
+  { HostLog quiet = HostLog::AcquiredOnFirstUse(); }
   EXPECT_EQ(Service().Created(), 0);
 
   {
@@ -125,8 +126,8 @@ TEST_F(HostLogTest, AnOnDemandLogAsksTheHostOnlyWhenThereIsSomethingToLog) {
     EXPECT_EQ(Logger().RefCount(), 3u);  // this test, the service's offer, the log
   }
   EXPECT_EQ(Logger().RefCount(), 2u);
-  EXPECT_EQ(Logger().Messages(), (std::vector<WString>{WSTR("first"),
-                                                        WSTR("second  Error code 0x8004dead.")}));
+  EXPECT_EQ(Logger().Messages(),
+            (std::vector<WString>{WSTR("first"), WSTR("second  Error code 0x8004dead.")}));
 }
 
 TEST_F(HostLogTest, AnOnDemandLogDropsMessagesWhileTheHostHasNoLogger) {

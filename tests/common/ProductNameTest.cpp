@@ -62,7 +62,8 @@ TEST(ProductName, UnreadableValuesGiveTheDefaultName) {
 
 TEST(ProductName, WithoutTheOptionTheFirstWordIsTaken) {
   ExpectNames({
-      {WSTR("\"C:\\Program Files\\Agent\\agent.exe\" -x"), WSTR("C:\\Program Files\\Agent\\agent.exe")},
+      {WSTR("\"C:\\Program Files\\Agent\\agent.exe\" -x"),
+       WSTR("C:\\Program Files\\Agent\\agent.exe")},
       {WSTR("C:\\Agent\\agent.exe -x"), WSTR("C:\\Agent\\agent.exe")},
       {WSTR("\"C:\\Agent\\agent.exe"), nullptr},
   });

@@ -51,7 +51,8 @@ TEST_F(SystemServiceTest, AnInterfaceTheServiceAnswersItselfNeedsNoGetService) {
   EXPECT_EQ(Service().GetServiceCalls(IID_IHostLogger), 0);
   EXPECT_EQ(Service().Created(), 1);
   // Nothing was repaired: the first query succeeded.
-  EXPECT_TRUE(ProxyStub(WSTR("{D320790B-D7C2-4757-A1CA-8C0F82975845}"), WSTR("ProxyStubClsid32")).empty());
+  EXPECT_TRUE(
+      ProxyStub(WSTR("{D320790B-D7C2-4757-A1CA-8C0F82975845}"), WSTR("ProxyStubClsid32")).empty());
   logger.Reset();
   // Only the test and the offer hold the logger; the service made for the call is gone.
   EXPECT_EQ(Logger().RefCount(), 2u);
@@ -66,8 +67,10 @@ TEST_F(SystemServiceTest, AnInterfaceGivenOnlyThroughGetServiceIsObtainedThere) 
   EXPECT_EQ(Service().Queries(IID_ISystemInfo), 2);
   EXPECT_EQ(Service().GetServiceCalls(IID_ISystemInfo), 1);
   EXPECT_EQ(Service().IntermediateQueries(IID_ISystemInfo), 1);
-  EXPECT_EQ(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid")), kMarshaller);
-  EXPECT_EQ(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid32")), kMarshaller);
+  EXPECT_EQ(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid")),
+            kMarshaller);
+  EXPECT_EQ(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid32")),
+            kMarshaller);
 }
 
 TEST_F(SystemServiceTest, TheObjectFromGetServiceIsQueriedAgainAfterARepair) {
@@ -87,11 +90,11 @@ TEST_F(SystemServiceTest, ARepairThatFailsAfterGetServiceGivesItsOwnCode) {
   // made: its code is the answer, and the object is not queried again.
   ComPtr<IHostActionExecutor> obtained;
   HKEY blocking = nullptr;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT,
-                            InterfaceKey(WSTR("{545A3670-9230-4402-838F-4AC388270E6A}")).c_str(),
-                            0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &blocking,
-                            nullptr),
-            ERROR_SUCCESS);
+  ASSERT_EQ(
+      RegCreateKeyExW(HKEY_CLASSES_ROOT,
+                      InterfaceKey(WSTR("{545A3670-9230-4402-838F-4AC388270E6A}")).c_str(), 0,
+                      nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &blocking, nullptr),
+      ERROR_SUCCESS);
   RegCloseKey(blocking);
   Service().ScriptIntermediateQuery(IID_IHostActionExecutor, {E_NOINTERFACE}, ERROR_ACCESS_DENIED);
   EXPECT_EQ(GetActionExecutor(&obtained), E_ACCESSDENIED);
@@ -113,7 +116,8 @@ TEST_F(SystemServiceTest, TheLastFailureIsAnsweredAndNothingIsHeld) {
   ComPtr<ISystemInfo> info;
   EXPECT_EQ(GetSystemInfo(&info), E_NOINTERFACE);
   EXPECT_EQ(Service().GetServiceCalls(IID_ISystemInfo), 1);
-  EXPECT_TRUE(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid")).empty());
+  EXPECT_TRUE(
+      ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid")).empty());
   EXPECT_EQ(GetServiceInterface(IID_IHostLogger, static_cast<void**>(nullptr)), E_POINTER);
   EXPECT_EQ(Service().Created(), 3);
 }
@@ -123,7 +127,8 @@ TEST_F(SystemServiceTest, CreationIsRetriedOnceAfterRepairingTheServiceInterface
   ComPtr<IHostSystemService> service;
   ASSERT_EQ(CreateSystemService(service.Receive()), S_OK);
   EXPECT_TRUE(service);
-  EXPECT_EQ(ProxyStub(WSTR("{92AFA5E6-7B4C-4B33-BF40-F68E4DA74AA5}"), WSTR("ProxyStubClsid32")), kMarshaller);
+  EXPECT_EQ(ProxyStub(WSTR("{92AFA5E6-7B4C-4B33-BF40-F68E4DA74AA5}"), WSTR("ProxyStubClsid32")),
+            kMarshaller);
   service.Reset();
 
   Service().ScriptCreate({E_NOINTERFACE, E_NOINTERFACE, E_OUTOFMEMORY});
@@ -157,22 +162,27 @@ TEST(ProxyStubRegistration, MissingRegistrationsAreWrittenAndExistingOnesKept) {
 
   ASSERT_EQ(EnsureProxyStubRegistration(iid), S_OK);
   WString value;
-  ASSERT_TRUE(testing::ReadRegistryText(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid32"), WString(), &value));
+  ASSERT_TRUE(testing::ReadRegistryText(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid32"),
+                                        WString(), &value));
   EXPECT_EQ(value, other);
-  ASSERT_TRUE(testing::ReadRegistryText(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid"), WString(), &value));
+  ASSERT_TRUE(testing::ReadRegistryText(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid"),
+                                        WString(), &value));
   EXPECT_EQ(value, kMarshaller);
 
   // Written as REG_SZ whose length counts the terminating zero.
   RegKey written;
-  ASSERT_EQ(written.Open(HKEY_CLASSES_ROOT, (key + WSTR("\\ProxyStubClsid")).c_str(), KEY_READ), ERROR_SUCCESS);
+  ASSERT_EQ(written.Open(HKEY_CLASSES_ROOT, (key + WSTR("\\ProxyStubClsid")).c_str(), KEY_READ),
+            ERROR_SUCCESS);
   DWORD type = 0, size = 0;
-  ASSERT_EQ(RegQueryValueExW(written.Handle(), nullptr, nullptr, &type, nullptr, &size), ERROR_SUCCESS);
+  ASSERT_EQ(RegQueryValueExW(written.Handle(), nullptr, nullptr, &type, nullptr, &size),
+            ERROR_SUCCESS);
   EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
   EXPECT_EQ(size, (kMarshaller.size() + 1) * sizeof(WCHAR));
 
   // Running again changes nothing.
   ASSERT_EQ(EnsureProxyStubRegistration(iid), S_OK);
-  ASSERT_TRUE(testing::ReadRegistryText(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid32"), WString(), &value));
+  ASSERT_TRUE(testing::ReadRegistryText(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid32"),
+                                        WString(), &value));
   EXPECT_EQ(value, other);
 }
 

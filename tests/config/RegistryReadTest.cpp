@@ -55,7 +55,8 @@ TEST(RegistryPath, RootNamesCountOnlyAtTheStartAndKeepTheRestAsItStands) {
       // A prefix match, however the name goes on.
       {WSTR("HKEY_USERSX\\y"), HKEY_USERS, WSTR("X\\y")},
       // Anywhere but the start, in another case, or abbreviated: a subkey of the machine.
-      {WSTR("Software\\HKEY_CURRENT_USER\\X"), HKEY_LOCAL_MACHINE, WSTR("Software\\HKEY_CURRENT_USER\\X")},
+      {WSTR("Software\\HKEY_CURRENT_USER\\X"), HKEY_LOCAL_MACHINE,
+       WSTR("Software\\HKEY_CURRENT_USER\\X")},
       {WSTR(" HKEY_CURRENT_USER\\X"), HKEY_LOCAL_MACHINE, WSTR(" HKEY_CURRENT_USER\\X")},
       {WSTR("hkey_current_user\\X"), HKEY_LOCAL_MACHINE, WSTR("hkey_current_user\\X")},
       {WSTR("HKCU\\X"), HKEY_LOCAL_MACHINE, WSTR("HKCU\\X")},
@@ -75,8 +76,7 @@ TEST(ReadMachineString, AcceptsOnlyWholeTerminatedStrings) {
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WSTR("expand"), WSTR("%SystemRoot%\\x"),
                      REG_EXPAND_SZ);
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WSTR("empty"), WSTR(""));
-  registry.SetRaw(HKEY_LOCAL_MACHINE, kKey, WSTR("two"), REG_SZ,
-                  {'a', 0, 0, 0, 'b', 0, 0, 0});
+  registry.SetRaw(HKEY_LOCAL_MACHINE, kKey, WSTR("two"), REG_SZ, {'a', 0, 0, 0, 'b', 0, 0, 0});
   registry.SetDword(HKEY_LOCAL_MACHINE, kKey, WSTR("number"), 42);
   registry.SetRaw(HKEY_LOCAL_MACHINE, kKey, WSTR("multi"), REG_MULTI_SZ, {'a', 0, 0, 0, 0, 0});
   registry.Apply();
@@ -95,19 +95,21 @@ TEST(ReadMachineString, AcceptsOnlyWholeTerminatedStrings) {
   EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("two"), &text), S_OK);
   EXPECT_EQ(text, WSTR("a"));
 
-  const WCHAR* const invalid[] = {WSTR("number"), WSTR("multi"), WSTR("odd"),
-                                  WSTR("unterminated"), WSTR("unterminated expand"),
-                                  WSTR("no data")};
+  const WCHAR* const invalid[] = {
+      WSTR("number"), WSTR("multi"), WSTR("odd"), WSTR("unterminated"), WSTR("unterminated expand"),
+      WSTR("no data")};
   for (const WCHAR* name : invalid) {
     text = WSTR("untouched");
-    EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), name, &text), static_cast<HRESULT>(0x8007000D))
+    EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), name, &text),
+              static_cast<HRESULT>(0x8007000D))
         << tarnix::WideToUtf8(name);
     EXPECT_EQ(text, WSTR("untouched"));
   }
   EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("missing"), &text),
             static_cast<HRESULT>(0x80070002));
-  EXPECT_EQ(tarnix::ReadMachineString(WSTR("Software\\Tarnix Tests\\No Such Key"), WSTR("plain"), &text),
-            static_cast<HRESULT>(0x80070002));
+  EXPECT_EQ(
+      tarnix::ReadMachineString(WSTR("Software\\Tarnix Tests\\No Such Key"), WSTR("plain"), &text),
+      static_cast<HRESULT>(0x80070002));
 }
 
 TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
@@ -157,8 +159,9 @@ TEST(ReadKeyValues, AKeyWithoutValuesIsEmptyAndAMissingKeyFails) {
   RegistryValues values;
   EXPECT_EQ(tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
   EXPECT_TRUE(values.empty());
-  EXPECT_EQ(tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, WSTR("Software\\Tarnix Tests\\Missing"), &values),
-            static_cast<HRESULT>(0x80070002));
+  EXPECT_EQ(
+      tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, WSTR("Software\\Tarnix Tests\\Missing"), &values),
+      static_cast<HRESULT>(0x80070002));
   // The leading backslash a root name leaves behind is handed to the registry as it is.
   EXPECT_LT(tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, (WSTR("\\") + kKey).c_str(), &values), 0);
 }

@@ -130,8 +130,9 @@ TEST_F(ServerConfigXml, ConfigContentIsTheEntryAsBstrAndLeavesTheCallersValueAlo
   // A failure is answered as it is, with the output untouched.
   ScopedVariant missing(WSTR("<c/>"));
   ScopedVariant untouched(LONG(7));
-  EXPECT_EQ(CRMIConfigLoader::GetConfigContent(missing.Get(), const_cast<VARIANT*>(&untouched.Get())),
-            kNotFound);
+  EXPECT_EQ(
+      CRMIConfigLoader::GetConfigContent(missing.Get(), const_cast<VARIANT*>(&untouched.Get())),
+      kNotFound);
   EXPECT_EQ(untouched.type(), VT_I4);
   EXPECT_EQ(untouched.Get().lVal, 7);
 }

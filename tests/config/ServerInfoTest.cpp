@@ -30,8 +30,7 @@ namespace {
 
 const WString kLegacyKey = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
 const WString kLegacyValue = WSTR("Zelmar Server URL");
-const WString kPolicyKey =
-    WSTR("Software\\Policies\\Corvane, Inc.\\TarnixTest\\Desktop Agent");
+const WString kPolicyKey = WSTR("Software\\Policies\\Corvane, Inc.\\TarnixTest\\Desktop Agent");
 const WString kNamedKey = WSTR("Software\\Tarnix Tests\\Xml Named");
 const WString kUrl = WSTR("MessageServerURL");
 const WString kCertificate = WSTR("AdapterCertificate");
@@ -245,8 +244,9 @@ TEST_F(ServerInfo, DocumentEntryNamesTheKeyAsTextAsObjectOrAsPlainPath) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("named cert"),
                       REG_EXPAND_SZ);
   registry_.Apply();
-  const WString xml = WSTR("<config><a><serverConfigRegistry>Software\\<k>Tarnix Tests</k>\\"
-                           "Xml Named</serverConfigRegistry></a></config>");
+  const WString xml = WSTR(
+      "<config><a><serverConfigRegistry>Software\\<k>Tarnix Tests</k>\\"
+      "Xml Named</serverConfigRegistry></a></config>");
 
   CLSID clsid;
   ASSERT_EQ(CLSIDFromProgID(tarnix::kXmlDomProgId, &clsid), S_OK);
@@ -334,9 +334,9 @@ TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
 
   // Every source failing: the last one's code, each failure on its own line, no output.
   Logger().Clear();
-  EXPECT_EQ(GetServerInfo(WSTR("<c><serverConfigRegistry>") + kNamedKey +
-                              WSTR("</serverConfigRegistry></c>"),
-                          &out),
+  EXPECT_EQ(GetServerInfo(
+                WSTR("<c><serverConfigRegistry>") + kNamedKey + WSTR("</serverConfigRegistry></c>"),
+                &out),
             static_cast<LONG>(E_FAIL));
   EXPECT_EQ(out.Url(), "<untouched>");
   ExpectLines({"E: " + WithCode(kLegacyFailed, 0x8007000D), "E: " + kUrlMissing,
@@ -386,7 +386,8 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   EXPECT_EQ(out.ServiceValue(), "<untouched>");
   const std::vector<std::string> lines = Lines();
   ASSERT_EQ(lines.size(), 5u) << Logger().Dump();
-  EXPECT_EQ(lines[0].substr(0, 3 + kLegacySystemFailed.size() + 2), "E: " + kLegacySystemFailed + "  ");
+  EXPECT_EQ(lines[0].substr(0, 3 + kLegacySystemFailed.size() + 2),
+            "E: " + kLegacySystemFailed + "  ");
   EXPECT_EQ(lines[1].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
   EXPECT_EQ(lines[2].substr(0, 3 + kXmlSourceFailed.size()), "E: " + kXmlSourceFailed);
   EXPECT_EQ(lines[3].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);

@@ -159,7 +159,9 @@ TEST_F(XmlDom, TextJoinsTheDescendantsAndDropsOuterWhiteSpace) {
   EXPECT_EQ(TextOfR(WSTR("<r>\n   padded path  \n</r>")), "padded path");
   EXPECT_EQ(TextOfR(WSTR("<r>a<!-- note -->b<?pi data?>c</r>")), "abc");
   EXPECT_EQ(TextOfR(WSTR("<r>a<![CDATA[ <c> ]]>b</r>")), "a <c> b");
-  EXPECT_EQ(TextOfR(WSTR("<r>a &amp; b &lt;&#x263A;&#65;</r>")), u8"a & b <\u263A" "A");
+  EXPECT_EQ(TextOfR(WSTR("<r>a &amp; b &lt;&#x263A;&#65;</r>")),
+            u8"a & b <\u263A"
+            "A");
   EXPECT_EQ(TextOfR(WSTR("<r>caf\u00e9 \U0001F600</r>")), u8"caf\u00e9 \U0001F600");
   EXPECT_EQ(TextOfR(WSTR("<r><b>x</b><b>y</b></r>")), "xy");
   EXPECT_EQ(TextOfR(WSTR("<r/>")), "");
@@ -232,7 +234,8 @@ TEST_F(XmlDom, HostileDocumentsNeverReachOutsideAndNeverCrash) {
   WString laughs = WSTR("<!DOCTYPE r [<!ENTITY a0 \"lol\">");
   for (int level = 1; level <= 9; ++level) {
     laughs += WSTR("<!ENTITY a") + WString(1, WCHAR('0' + level)) + WSTR(" \"");
-    for (int i = 0; i < 10; ++i) laughs += WSTR("&a") + WString(1, WCHAR('0' + level - 1)) + WSTR(";");
+    for (int i = 0; i < 10; ++i)
+      laughs += WSTR("&a") + WString(1, WCHAR('0' + level - 1)) + WSTR(";");
     laughs += WSTR("\">");
   }
   laughs += WSTR("]><r>&a9;</r>");

@@ -51,8 +51,8 @@ std::string Label(DATE date) { return Narrow(convert::DateLabel(date)); }
   if (line.size() > start.size() && line.compare(0, start.size(), start) == 0) {
     return ::testing::AssertionSuccess();
   }
-  return ::testing::AssertionFailure() << "\"" << line << "\" does not begin with \"" << start
-                                       << "\"";
+  return ::testing::AssertionFailure()
+         << "\"" << line << "\" does not begin with \"" << start << "\"";
 }
 
 }  // namespace tarnix::testing

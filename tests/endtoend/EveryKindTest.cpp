@@ -94,8 +94,8 @@ TEST_F(RmiEveryKind, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   for (const Delivery& delivery : deliveries) {
     SCOPED_TRACE(static_cast<int>(delivery.type));
     ASSERT_TRUE(Server().ClearReceived());
-    EXPECT_GE(manager_->DumpData(Url().c_str(), kAuthToken, kCertificate,
-                                 delivery.number, delivery.type, delivery.data.Get()),
+    EXPECT_GE(manager_->DumpData(Url().c_str(), kAuthToken, kCertificate, delivery.number,
+                                 delivery.type, delivery.data.Get()),
               0)
         << Logger().Dump();
     const std::vector<std::string> received = Server().Received();

@@ -23,8 +23,7 @@ constexpr HRESULT kNetworkUnavailable = static_cast<HRESULT>(0x800713AB);
 class RmiRoundTrip : public RmiHostTest {
  protected:
   LONG Dump(unsigned char type, ULONGLONG number = 42) {
-    return manager_->DumpData(Url().c_str(), kAuthToken, kCertificate, number, type,
-                              nullptr);
+    return manager_->DumpData(Url().c_str(), kAuthToken, kCertificate, number, type, nullptr);
   }
   // The manager lets go of the host's objects before the host checks them.
   void TearDown() override {
@@ -142,13 +141,11 @@ TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
 TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {
   const int port = StartServer().Port();
   const WString url = Utf8ToWide("rmi://127.0.0.1:" + std::to_string(port) + "/Elsewhere");
-  EXPECT_EQ(manager_->DumpData(url.c_str(), kAuthToken, kCertificate, 1, eStartup,
-                               nullptr),
+  EXPECT_EQ(manager_->DumpData(url.c_str(), kAuthToken, kCertificate, 1, eStartup, nullptr),
             kNetworkUnavailable);
   const auto errors = Lines(LogOperation::Error);
   ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_NE(errors[0].find("java.rmi.RemoteException: no message server at " +
-                           WideToUtf8(url)),
+  EXPECT_NE(errors[0].find("java.rmi.RemoteException: no message server at " + WideToUtf8(url)),
             std::string::npos)
       << errors[0];
   EXPECT_NE(errors[0].find("java.rmi.NotBoundException: Elsewhere"), std::string::npos)

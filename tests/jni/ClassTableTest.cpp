@@ -42,14 +42,18 @@ class ClassTableTest : public ::testing::Test {
 
 TEST_F(ClassTableTest, MessageClientRecordsWhatArrivedAndAnswersAsTold) {
   JavaControl control(*machine_);
-  auto client = Class(classes::kDesktopMessageClient)->NewObject(methods::DesktopMessageClient::ctor);
+  auto client =
+      Class(classes::kDesktopMessageClient)->NewObject(methods::DesktopMessageClient::ctor);
   ASSERT_TRUE(client);
-  auto connection = Class(classes::kDesktopConnection)
-                        ->NewObject(methods::DesktopConnection::ctorIdAuthTokenUniqueIdVersionDeviceType,
-                                    Text(WSTR("vm-1")), Text(WSTR("token")), Text(WSTR("u-1")), 7,
-                                    Text(WSTR("desktop")));
-  auto sample = Class(classes::kBaseSample)->NewObject(methods::BaseSample::ctorTime, jlong{946684800000});
-  auto metric = Class(classes::kBaseMetric)->NewObject(methods::BaseMetric::ctorName, Text(WSTR("cpu")));
+  auto connection =
+      Class(classes::kDesktopConnection)
+          ->NewObject(methods::DesktopConnection::ctorIdAuthTokenUniqueIdVersionDeviceType,
+                      Text(WSTR("vm-1")), Text(WSTR("token")), Text(WSTR("u-1")), 7,
+                      Text(WSTR("desktop")));
+  auto sample =
+      Class(classes::kBaseSample)->NewObject(methods::BaseSample::ctorTime, jlong{946684800000});
+  auto metric =
+      Class(classes::kBaseMetric)->NewObject(methods::BaseMetric::ctorName, Text(WSTR("cpu")));
   ASSERT_TRUE(connection && sample && metric);
   metric->CallVoidMethod(methods::BaseMetric::putDoubleValue, 12.5);
   sample->CallVoidMethod(methods::BaseSample::putMetric, metric);
@@ -57,11 +61,16 @@ TEST_F(ClassTableTest, MessageClientRecordsWhatArrivedAndAnswersAsTold) {
 
   control.SetAnswer("onDataCollected", std::string("<actions/>"));
   WString answer;
-  EXPECT_TRUE(client->CallStringMethod(methods::DesktopMessageClient::onDataCollected, connection, sample)->GetText(answer));
+  EXPECT_TRUE(
+      client->CallStringMethod(methods::DesktopMessageClient::onDataCollected, connection, sample)
+          ->GetText(answer));
   EXPECT_EQ(Narrow(answer), "<actions/>");
   control.SetAnswer("onDataCollected", std::nullopt);
-  EXPECT_FALSE(client->CallStringMethod(methods::DesktopMessageClient::onDataCollected, connection, sample)->GetText(answer));
-  client->CallVoidMethod(methods::DesktopMessageClient::onUserLogoff, connection, jlong{42}, nullptr);
+  EXPECT_FALSE(
+      client->CallStringMethod(methods::DesktopMessageClient::onDataCollected, connection, sample)
+          ->GetText(answer));
+  client->CallVoidMethod(methods::DesktopMessageClient::onUserLogoff, connection, jlong{42},
+                         nullptr);
 
   const std::vector<std::string> calls = control.Calls();
   ASSERT_EQ(calls.size(), 3u);
@@ -78,27 +87,32 @@ TEST_F(ClassTableTest, MessageClientRecordsWhatArrivedAndAnswersAsTold) {
 
 TEST_F(ClassTableTest, StandInsThrowWhatTheyAreToldTo) {
   JavaControl control(*machine_);
-  auto client = Class(classes::kDesktopMessageClient)->NewObject(methods::DesktopMessageClient::ctor);
+  auto client =
+      Class(classes::kDesktopMessageClient)->NewObject(methods::DesktopMessageClient::ctor);
   auto connection = Class(classes::kDesktopConnection)->NewObject(methods::DesktopConnection::ctor);
   ASSERT_TRUE(client && connection);
 
   control.ThrowIn("DesktopMessageClient.onDesktopPoll", "java.rmi.ConnectException",
                   "Connection refused to host: 127.0.0.1");
-  EXPECT_EQ(client->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection, jlong{1}, Text(WSTR("")))->Get(),
+  EXPECT_EQ(client
+                ->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection,
+                                   jlong{1}, Text(WSTR("")))
+                ->Get(),
             nullptr);
   WString text;
   ASSERT_TRUE(machine_->GetExceptionText(text));
   EXPECT_TRUE(IsRemoteFailureText(text)) << Narrow(text);
 
   control.ThrowIn("DesktopMessageClient.onDesktopPoll", "java.lang.NullPointerException", "");
-  client->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection, jlong{1}, Text(WSTR("")));
+  client->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection, jlong{1},
+                           Text(WSTR("")));
   ASSERT_TRUE(machine_->GetExceptionText(text));
   EXPECT_FALSE(IsRemoteFailureText(text)) << Narrow(text);
 
   // Only the second put of a list fails; constructors fail as a whole.
   auto session = Class(classes::kBaseUserSession)
-                     ->NewObject(methods::BaseUserSession::ctorIdSidUserDomainConnected, 3, Text(WSTR("S-1")),
-                                 Text(WSTR("ann")), Text(WSTR("CORP")), true);
+                     ->NewObject(methods::BaseUserSession::ctorIdSidUserDomainConnected, 3,
+                                 Text(WSTR("S-1")), Text(WSTR("ann")), Text(WSTR("CORP")), true);
   ASSERT_TRUE(session);
   control.ThrowOnHit("BaseUserSession.putProperty", 2, "java.lang.IllegalStateException", "full");
   session->CallVoidMethod(methods::BaseUserSession::putProperty, Text(WSTR("a")), Text(WSTR("1")));
@@ -112,7 +126,8 @@ TEST_F(ClassTableTest, StandInsThrowWhatTheyAreToldTo) {
             "properties={\"a\"=\"1\", \"c\"=\"3\"}, metrics=[], remoteApps=[]}");
 
   control.ThrowIn("NetworkInterface.<init>", "java.lang.IllegalStateException", "no card");
-  EXPECT_FALSE(Class(classes::kNetworkInterface)->NewObject(methods::NetworkInterface::ctorDescription, Text(WSTR("eth0"))));
+  EXPECT_FALSE(Class(classes::kNetworkInterface)
+                   ->NewObject(methods::NetworkInterface::ctorDescription, Text(WSTR("eth0"))));
   EXPECT_EQ(TakeException().rfind("java.lang.IllegalStateException: no card", 0), 0u);
   control.ClearFaults();
 }

@@ -40,8 +40,8 @@ class ExceptionTextTest : public ::testing::Test {
     if (thrown) {
       JNIEnv* env = env_;
       tarnix::LocalRef<jclass> type(env, env->FindClass("com/tarnix/testing/Text"));
-      const jmethodID render = env->GetStaticMethodID(
-          type.Get(), "throwableText", "(Ljava/lang/Throwable;)Ljava/lang/String;");
+      const jmethodID render = env->GetStaticMethodID(type.Get(), "throwableText",
+                                                      "(Ljava/lang/Throwable;)Ljava/lang/String;");
       tarnix::LocalRef<jstring> own(
           env, static_cast<jstring>(env->CallStaticObjectMethod(type.Get(), render, thrown.Get())));
       if (env->ExceptionCheck()) {  // a toString() that throws renders nowhere
@@ -107,8 +107,7 @@ TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
   // A toString() that throws in turn is as good as none, and its exception goes too.
   Throw(Probe::throwBrokenText);
   reading = Read();
-  EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0),
-            0u)
+  EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0), 0u)
       << reading.text;
 }
 
@@ -122,11 +121,13 @@ TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
                          machine_->NewString(WSTR("Connection refused to host: 127.0.0.1")));
   WString remote;
   ASSERT_TRUE(machine_->GetExceptionText(remote));
-  EXPECT_EQ(Narrow(remote).rfind("java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0), 0u);
+  EXPECT_EQ(Narrow(remote).rfind(
+                "java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0),
+            0u);
   EXPECT_TRUE(IsRemoteFailureText(remote));
 
-  probe_->CallVoidMethod(Probe::throwNamed, machine_->NewString(WSTR("java.lang.NullPointerException")),
-                         nullptr);
+  probe_->CallVoidMethod(Probe::throwNamed,
+                         machine_->NewString(WSTR("java.lang.NullPointerException")), nullptr);
   WString local;
   ASSERT_TRUE(machine_->GetExceptionText(local));
   EXPECT_EQ(Narrow(local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);

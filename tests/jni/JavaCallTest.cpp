@@ -118,9 +118,10 @@ TEST_F(JavaCallTest, AHandleOfAnotherClassRaisesAJavaExceptionAndReachesNothing)
   EXPECT_NE(TakeException().find("IllegalArgumentException: no method \"putLongValue\" in the "
                                  "method table of com/tarnix/testing/Probe"),
             std::string::npos);
-  EXPECT_EQ(probe_->CallStringMethod(tarnix::methods::DesktopMessageClient::onStartup, nullptr,
-                                     nullptr)->Get(),
-            nullptr);
+  EXPECT_EQ(
+      probe_->CallStringMethod(tarnix::methods::DesktopMessageClient::onStartup, nullptr, nullptr)
+          ->Get(),
+      nullptr);
   EXPECT_NE(TakeException().find("no method \"onStartup\""), std::string::npos);
   EXPECT_FALSE(probe_->CallObjectMethod(tarnix::methods::HashMap::put, nullptr, nullptr));
   EXPECT_NE(TakeException().find("no method \"put\""), std::string::npos);

@@ -31,7 +31,8 @@ class JavaClassTest : public ::testing::Test {
 };
 
 TEST_F(JavaClassTest, SameNameAnswersTheFirstLoadAndIgnoresTheSecondTable) {
-  const MethodEntry first[] = {{"ctor()", "<init>", "()V"}, {"echo", "echo", "(Ljava/lang/String;)Ljava/lang/String;"}};
+  const MethodEntry first[] = {{"ctor()", "<init>", "()V"},
+                               {"echo", "echo", "(Ljava/lang/String;)Ljava/lang/String;"}};
   const MethodEntry second[] = {{"length", "length", "(Ljava/lang/String;)I"}};
   auto loaded = machine_->LoadClass(kProbe, first);
   ASSERT_TRUE(loaded);
@@ -70,7 +71,9 @@ TEST_F(JavaClassTest, ABadRowRejectsTheWholeClassAndLeavesTheReasonPending) {
   EXPECT_TRUE(machine_->LoadClass(kProbe, kProbeMethods));
 
   EXPECT_FALSE(machine_->LoadClass("com/tarnix/testing/NoSuchClass", kProbeMethods));
-  EXPECT_EQ(TakeException().rfind("java.lang.NoClassDefFoundError: com/tarnix/testing/NoSuchClass", 0), 0u);
+  EXPECT_EQ(
+      TakeException().rfind("java.lang.NoClassDefFoundError: com/tarnix/testing/NoSuchClass", 0),
+      0u);
   EXPECT_FALSE(machine_->GetClass("com/tarnix/testing/NoSuchClass"));
 }
 

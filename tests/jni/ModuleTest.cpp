@@ -20,7 +20,8 @@ TEST(Module, FailuresSetTheLastErrorAsWindowsDoes) {
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
 
   // The stand-in runtime needs its dependency found through the DLL directory on Windows.
-  SetDllDirectoryW((WString(TARNIX_TEST_STUB_JRE) + tarnix::platform::kRuntimeDllDirectory).c_str());
+  SetDllDirectoryW(
+      (WString(TARNIX_TEST_STUB_JRE) + tarnix::platform::kRuntimeDllDirectory).c_str());
   const HMODULE module = LoadLibraryW(kStubLibrary.c_str());
   SetDllDirectoryW(nullptr);
   ASSERT_NE(module, nullptr);

@@ -14,6 +14,8 @@ using tarnix::classes::kBaseMetricMethods;
 
 void UseTheBridge(const CJavaClass& metricClass, const CJavaObject& metric,
                   const CJavaObject& client, const CJavaString& text) {
+// Each case sits on its own #elif line, which MustNotCompile.cmake reads as it stands.
+// clang-format off
 #if MISUSE == 0
   static constexpr auto putLongValue =
       tarnix::MethodOf<void(jlong)>(kBaseMetricMethods, "putLongValue");
@@ -67,3 +69,4 @@ void UseTheBridge(const CJavaClass& metricClass, const CJavaObject& metric,
   metric.CallVoidMethod(methods::BaseMetric::ctorName, text);
 #endif
 }
+// clang-format on

@@ -70,8 +70,8 @@ TEST(RuntimeLoading, CreateLoadsByFullPathAndHandsOverTheOptionsOnce) {
   EXPECT_NE(machine.GetEnv(), nullptr);
 
   // The entry point that ran is the one of this module: its own record says so.
-  auto ownRecord = reinterpret_cast<StubRecordFunction>(
-      reinterpret_cast<void (*)()>(GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
+  auto ownRecord = reinterpret_cast<StubRecordFunction>(reinterpret_cast<void (*)()>(
+      GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
   ASSERT_NE(ownRecord, nullptr);
   EXPECT_EQ(ownRecord(), &record);
 
@@ -84,8 +84,8 @@ TEST(RuntimeLoading, CreateLoadsByFullPathAndHandsOverTheOptionsOnce) {
 TEST(RuntimeLoading, EmptyOptionsPassANullArray) {
   CJavaVM machine(TARNIX_TEST_STUB_JRE);
   ASSERT_EQ(machine.Create({}), 0);
-  auto ownRecord = reinterpret_cast<StubRecordFunction>(
-      reinterpret_cast<void (*)()>(GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
+  auto ownRecord = reinterpret_cast<StubRecordFunction>(reinterpret_cast<void (*)()>(
+      GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
   ASSERT_NE(ownRecord, nullptr);
   EXPECT_EQ(ownRecord()->createCalls, 1);
   EXPECT_EQ(ownRecord()->optionCount, 0);

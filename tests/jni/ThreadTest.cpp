@@ -83,7 +83,8 @@ TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
         if (!metric || metric != machine_->GetClass(metricRow->name)) ++wrong;
         const std::string mine = std::to_string(t) + "/" + std::to_string(round);
         auto text = machine_->NewString(WString(mine.begin(), mine.end()));
-        auto value = metric ? metric->NewObject(tarnix::methods::BaseMetric::ctorName, text) : nullptr;
+        auto value =
+            metric ? metric->NewObject(tarnix::methods::BaseMetric::ctorName, text) : nullptr;
         if (value) value->CallVoidMethod(tarnix::methods::BaseMetric::putLongValue, round);
         WString echoed;
         if (!shared->CallStringMethod(Probe::echo, text)->GetText(echoed) ||
@@ -102,7 +103,6 @@ TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
   EXPECT_NE(machine_->GetEnv(), nullptr);
 }
 
-
 // The objects of one call are local references: another thread gets a Java exception
 // instead of a reference into a frame not its own, and one that outlives its thread's
 // attachment goes without touching the JVM. A global copy goes anywhere.
@@ -119,7 +119,10 @@ TEST_F(ThreadTest, LocalObjectsStayOnTheirThreadAndGlobalCopiesTravel) {
     WString failure;
     ASSERT_TRUE(machine_->GetExceptionText(failure));
     EXPECT_EQ(Narrow(failure).rfind("java.lang.IllegalArgumentException: a local reference of "
-                                    "another thread", 0), 0u) << Narrow(failure);
+                                    "another thread",
+                                    0),
+              0u)
+        << Narrow(failure);
     ASSERT_TRUE(global->CallStringMethod(Probe::echo, text)->GetText(answer));
     EXPECT_EQ(answer, WSTR("travels"));
     global.reset();

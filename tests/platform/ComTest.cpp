@@ -10,8 +10,10 @@ using tarnix::test::CountedObject;
 
 namespace {
 
-const CLSID kTestClass = {0x2D6D321D, 0x3A1D, 0x4BB9, {0x91, 0x61, 0x21, 0x91, 0xD7, 0x01, 0x01, 0x1D}};
-const IID kOtherInterface = {0x92AFA5E6, 0x1111, 0x2222, {0x33, 0x33, 0x44, 0x44, 0x55, 0x55, 0x66, 0x66}};
+const CLSID kTestClass = {
+    0x2D6D321D, 0x3A1D, 0x4BB9, {0x91, 0x61, 0x21, 0x91, 0xD7, 0x01, 0x01, 0x1D}};
+const IID kOtherInterface = {
+    0x92AFA5E6, 0x1111, 0x2222, {0x33, 0x33, 0x44, 0x44, 0x55, 0x55, 0x66, 0x66}};
 
 // Makes CountedObjects that answer only IUnknown; counts itself like any COM object.
 class Factory : public IClassFactory {
@@ -65,9 +67,11 @@ TEST(Guid, TextRoundTripsInUpperCaseBracedForm) {
   EXPECT_EQ(tarnix::WideToUtf8(buffer), "{2D6D321D-3A1D-4BB9-9161-2191D701011D}");
   EXPECT_EQ(StringFromGUID2(kTestClass, buffer, 38), 0);
 
-  for (const WCHAR* bad : {WSTR("{2D6D321D-3A1D-4BB9-9161-2191D701011}"), WSTR("2D6D321D-3A1D-4BB9-9161-2191D701011D"),
-                           WSTR("{2D6D321D-3A1D-4BB9-9161-2191D701011DX}"), WSTR("{2D6D321D_3A1D-4BB9-9161-2191D701011D}"),
-                           WSTR("{2D6D321D-3A1D-4BB9-9161-2191D70G011D}"), WSTR("")}) {
+  for (const WCHAR* bad :
+       {WSTR("{2D6D321D-3A1D-4BB9-9161-2191D701011}"), WSTR("2D6D321D-3A1D-4BB9-9161-2191D701011D"),
+        WSTR("{2D6D321D-3A1D-4BB9-9161-2191D701011DX}"),
+        WSTR("{2D6D321D_3A1D-4BB9-9161-2191D701011D}"),
+        WSTR("{2D6D321D-3A1D-4BB9-9161-2191D70G011D}"), WSTR("")}) {
     EXPECT_EQ(CLSIDFromString(bad, &parsed), CO_E_CLASSSTRING) << tarnix::WideToUtf8(bad);
   }
   EXPECT_EQ(CLSIDFromProgID(WSTR("No.Such.ProgId"), &parsed), CO_E_CLASSSTRING);
@@ -76,10 +80,13 @@ TEST(Guid, TextRoundTripsInUpperCaseBracedForm) {
 TEST_F(ComTest, RegisteredClassObjectsAreCreatedInEveryInprocContext) {
   Factory factory;
   DWORD cookie = 0;
-  ASSERT_EQ(CoRegisterClassObject(kTestClass, &factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie), S_OK);
+  ASSERT_EQ(CoRegisterClassObject(kTestClass, &factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                                  &cookie),
+            S_OK);
   for (DWORD context : {DWORD(0x17), DWORD(CLSCTX_INPROC_SERVER), DWORD(CLSCTX_ALL)}) {
     ComPtr<IUnknown> object;
-    ASSERT_EQ(CoCreateInstance(kTestClass, nullptr, context, IID_IUnknown, object.ReceiveVoid()), S_OK);
+    ASSERT_EQ(CoCreateInstance(kTestClass, nullptr, context, IID_IUnknown, object.ReceiveVoid()),
+              S_OK);
     EXPECT_EQ(object.Get(), &factory.product);
   }
   EXPECT_EQ(factory.created, 3);
@@ -93,7 +100,8 @@ TEST_F(ComTest, RegisteredClassObjectsAreCreatedInEveryInprocContext) {
   ASSERT_EQ(CoRevokeClassObject(cookie), S_OK);
   EXPECT_EQ(factory.refs, 1u);
   ComPtr<IUnknown> after;
-  EXPECT_EQ(CoCreateInstance(kTestClass, nullptr, 0x17, IID_IUnknown, after.ReceiveVoid()), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(CoCreateInstance(kTestClass, nullptr, 0x17, IID_IUnknown, after.ReceiveVoid()),
+            REGDB_E_CLASSNOTREG);
   EXPECT_FALSE(after);
 }
 

@@ -32,8 +32,8 @@ std::set<Entry> List(const WString& pattern, DWORD* error) {
   }
   *error = 0;
   do {
-    entries.insert({tarnix::WideToUtf8(data.cFileName), (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-                    data.nFileSizeLow});
+    entries.insert({tarnix::WideToUtf8(data.cFileName),
+                    (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0, data.nFileSizeLow});
   } while (FindNextFileW(search, &data));
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NO_MORE_FILES));
   EXPECT_TRUE(FindClose(search));
@@ -54,7 +54,8 @@ TEST(Files, WildcardSearchFindsJarsAndMarksFolders) {
   DWORD error = 0;
   const std::set<Entry> jars = List(PathText(dir.path() / "*.jar"), &error);
   EXPECT_EQ(error, 0u);
-  EXPECT_EQ(jars, (std::set<Entry>{{"B.JAR", false, 0}, {"a.jar", false, 3}, {"lib.jar", true, 0}}));
+  EXPECT_EQ(jars,
+            (std::set<Entry>{{"B.JAR", false, 0}, {"a.jar", false, 3}, {"lib.jar", true, 0}}));
 
   const std::set<Entry> one = List(PathText(dir.path() / "?.jar"), &error);
   EXPECT_EQ(one, (std::set<Entry>{{"B.JAR", false, 0}, {"a.jar", false, 3}}));
@@ -75,10 +76,12 @@ TEST(Files, WildcardSearchFindsJarsAndMarksFolders) {
 TEST(Files, PathsCombineAndBecomeAbsoluteWithDotsFolded) {
   WCHAR combined[MAX_PATH];
 #ifdef _WIN32
-  const WString dir = WSTR("C:\\agent\\lib"), parent = WSTR("C:\\agent\\lib\\"), expected = WSTR("C:\\agent\\lib\\*.jar");
+  const WString dir = WSTR("C:\\agent\\lib"), parent = WSTR("C:\\agent\\lib\\"),
+                expected = WSTR("C:\\agent\\lib\\*.jar");
   const WString up = WSTR("..\\jre"), upExpected = WSTR("C:\\agent\\jre");
 #else
-  const WString dir = WSTR("/agent/lib"), parent = WSTR("/agent/lib/"), expected = WSTR("/agent/lib/*.jar");
+  const WString dir = WSTR("/agent/lib"), parent = WSTR("/agent/lib/"),
+                expected = WSTR("/agent/lib/*.jar");
   const WString up = WSTR("../jre"), upExpected = WSTR("/agent/jre");
 #endif
   ASSERT_NE(PathCombineW(combined, dir.c_str(), WSTR("*.jar")), nullptr);

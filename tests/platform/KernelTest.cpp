@@ -129,9 +129,11 @@ TEST(Kernel, HeapBlocksCanBeZeroed) {
 
 TEST(Kernel, SystemTextEndsWithALineEndAndUnknownCodesHaveNone) {
   LPWSTR text = nullptr;
-  const DWORD flags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
-  const DWORD length = FormatMessageW(flags, nullptr, 0x80070002, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
-                                      reinterpret_cast<LPWSTR>(&text), 0, nullptr);
+  const DWORD flags =
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+  const DWORD length =
+      FormatMessageW(flags, nullptr, 0x80070002, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
+                     reinterpret_cast<LPWSTR>(&text), 0, nullptr);
   ASSERT_GT(length, 2u);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(static_cast<DWORD>(lstrlenW(text)), length);
@@ -159,7 +161,8 @@ TEST(Kernel, StrToIntReadsLeadingDigitsOnly) {
 }
 
 TEST(Kernel, Utf8ConvertsBothWaysWithSizesMeasuredFirst) {
-  const char utf8[] = "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9D\x84\x9E";  // café € and a clef outside the BMP
+  const char utf8[] =
+      "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9D\x84\x9E";  // café € and a clef outside the BMP
   const int wideLength = MultiByteToWideChar(CP_UTF8, 0, utf8, -1, nullptr, 0);
   ASSERT_EQ(wideLength, 10);  // 4 + 1 + 1 + 1 + 2 + terminator
   WCHAR wide[16];

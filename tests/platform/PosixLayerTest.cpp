@@ -2,19 +2,19 @@
 // and events shared with another process.
 #ifndef _WIN32
 
-#include <gtest/gtest.h>
+#  include <gtest/gtest.h>
 
-#include "PlatformTest.h"
-#include "platform/ComPtr.h"
-#include "platform/RegKey.h"
+#  include "PlatformTest.h"
+#  include "platform/ComPtr.h"
+#  include "platform/RegKey.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
+#  include <sys/wait.h>
+#  include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <vector>
+#  include <cstdlib>
+#  include <fstream>
+#  include <sstream>
+#  include <vector>
 
 using tarnix::RegKey;
 using tarnix::test::ScopedTempDir;
@@ -132,8 +132,9 @@ TEST(RegFile, ExportFormatIsReadWithEscapesHexTypesAndContinuations) {
 }
 
 TEST(RegFile, Utf16FilesWithAByteOrderMarkAreRead) {
-  const WString text = Wide("Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CLASSES_ROOT\\My.Prog\\CLSID]\r\n"
-                            "@=\"{2D6D321D-3A1D-4BB9-9161-2191D701011D}\"\r\n\"N\xC3\xA4me\"=\"\xE2\x82\xAC\"\r\n");
+  const WString text = Wide(
+      "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CLASSES_ROOT\\My.Prog\\CLSID]\r\n"
+      "@=\"{2D6D321D-3A1D-4BB9-9161-2191D701011D}\"\r\n\"N\xC3\xA4me\"=\"\xE2\x82\xAC\"\r\n");
   std::string bytes = "\xFF\xFE";
   for (WCHAR c : text) {
     bytes.push_back(static_cast<char>(c & 0xFF));
@@ -154,21 +155,26 @@ TEST(RegFile, ChangesAreWrittenBackAndReadAgainExactly) {
   HiveFile hive(kHive);
   {
     RegKey key;
-    ASSERT_EQ(key.Create(HKEY_CLASSES_ROOT, WSTR("Interface\\{92AFA5E6}\\ProxyStubClsid32"), KEY_ALL_ACCESS),
+    ASSERT_EQ(key.Create(HKEY_CLASSES_ROOT, WSTR("Interface\\{92AFA5E6}\\ProxyStubClsid32"),
+                         KEY_ALL_ACCESS),
               ERROR_SUCCESS);
-    ASSERT_EQ(key.WriteValue(nullptr, WSTR("{00020424-0000-0000-C000-000000000046}")), ERROR_SUCCESS);
+    ASSERT_EQ(key.WriteValue(nullptr, WSTR("{00020424-0000-0000-C000-000000000046}")),
+              ERROR_SUCCESS);
     ASSERT_EQ(key.WriteValue(WSTR("Tricky \"name\" \\"), "x\0y", 3, REG_SZ), ERROR_SUCCESS);
     std::vector<BYTE> big(100, 0xAB);
     ASSERT_EQ(key.WriteValue(WSTR("Big"), big.data(), 100, REG_BINARY), ERROR_SUCCESS);
     // A name with an "=" of its own, and data that goes on over several lines.
     ASSERT_EQ(key.WriteValue(WSTR("Size=Big"), big.data(), 100, REG_BINARY), ERROR_SUCCESS);
     RegKey scratch;
-    ASSERT_EQ(scratch.Create(HKEY_CURRENT_USER, WSTR("Volatile"), KEY_ALL_ACCESS, REG_OPTION_VOLATILE), ERROR_SUCCESS);
+    ASSERT_EQ(
+        scratch.Create(HKEY_CURRENT_USER, WSTR("Volatile"), KEY_ALL_ACCESS, REG_OPTION_VOLATILE),
+        ERROR_SUCCESS);
     ASSERT_EQ(scratch.WriteValue(WSTR("v"), 1), ERROR_SUCCESS);
   }
   const std::string saved = hive.Read();
-  EXPECT_NE(saved.find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\Interface\\{92AFA5E6}\\ProxyStubClsid32]\n"
-                       "@=\"{00020424-0000-0000-C000-000000000046}\""),
+  EXPECT_NE(saved.find(
+                "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\Interface\\{92AFA5E6}\\ProxyStubClsid32]\n"
+                "@=\"{00020424-0000-0000-C000-000000000046}\""),
             std::string::npos)
       << saved;
   EXPECT_EQ(saved.find("Volatile"), std::string::npos) << saved;
@@ -178,11 +184,16 @@ TEST(RegFile, ChangesAreWrittenBackAndReadAgainExactly) {
   EXPECT_EQ(tarnix::posix::ReloadRegistry(), 0u);
   EXPECT_EQ(tarnix::posix::RegistryText(), before);
   DWORD type = 0;
-  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Tricky \"name\" \\", &type),
+  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Tricky \"name\" \\",
+                &type),
             (std::vector<BYTE>{'x', 0, 'y'}));
-  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Big", &type).size(), 100u);
-  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Size=Big", &type).size(), 100u);
-  EXPECT_EQ(Raw(HKEY_LOCAL_MACHINE, "SOFTWARE\\Agent", "Multi", &type), Utf16(std::u16string(u"a\0bc\0\0", 6)));
+  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Big", &type).size(),
+            100u);
+  EXPECT_EQ(
+      Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Size=Big", &type).size(),
+      100u);
+  EXPECT_EQ(Raw(HKEY_LOCAL_MACHINE, "SOFTWARE\\Agent", "Multi", &type),
+            Utf16(std::u16string(u"a\0bc\0\0", 6)));
   RegKey gone;
   EXPECT_EQ(gone.Open(HKEY_CURRENT_USER, WSTR("Volatile"), KEY_READ), ERROR_FILE_NOT_FOUND);
 }
@@ -201,7 +212,8 @@ TEST(RegFile, KeysAreDeletedOnlyWhenEmptyAndOpenHandlesThenFail) {
 
 namespace {
 
-const CLSID kBuiltin = {0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00, 0x50, 0xDA, 0x2D, 0x17, 0x01}};
+const CLSID kBuiltin = {
+    0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00, 0x50, 0xDA, 0x2D, 0x17, 0x01}};
 
 class BuiltinFactory : public IClassFactory {
  public:
@@ -243,8 +255,8 @@ TEST(CommandLine, ArgumentsAreQuotedTheWindowsWay) {
   ASSERT_GE(child, 0);
   if (child == 0) {
     setenv("TARNIX_COMMAND_LINE_OUT", out.c_str(), 1);
-    execl("/proc/self/exe", "platform test", "--gtest_filter=CommandLineChild.*", "a b", "plain", "q\"uote",
-          "", "tail\\", "sp ace\\", static_cast<char*>(nullptr));
+    execl("/proc/self/exe", "platform test", "--gtest_filter=CommandLineChild.*", "a b", "plain",
+          "q\"uote", "", "tail\\", "sp ace\\", static_cast<char*>(nullptr));
     _exit(127);
   }
   int status = 0;
@@ -254,8 +266,10 @@ TEST(CommandLine, ArgumentsAreQuotedTheWindowsWay) {
   std::ifstream in(out);
   std::string line;
   std::getline(in, line);
-  EXPECT_EQ(line, "\"platform test\" --gtest_filter=CommandLineChild.* \"a b\" plain \"q\\\"uote\" \"\" tail\\ "
-                  "\"sp ace\\\\\"");
+  EXPECT_EQ(
+      line,
+      "\"platform test\" --gtest_filter=CommandLineChild.* \"a b\" plain \"q\\\"uote\" \"\" tail\\ "
+      "\"sp ace\\\\\"");
 }
 
 // Run by the test above in a process of its own; does nothing otherwise.

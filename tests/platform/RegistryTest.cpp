@@ -26,7 +26,8 @@ class RegistryTest : public ::testing::Test {
   }
 
   void Set(const WCHAR* name, DWORD type, const void* data, DWORD size) {
-    ASSERT_EQ(RegSetValueExW(key_.Handle(), name, 0, type, static_cast<const BYTE*>(data), size), ERROR_SUCCESS);
+    ASSERT_EQ(RegSetValueExW(key_.Handle(), name, 0, type, static_cast<const BYTE*>(data), size),
+              ERROR_SUCCESS);
   }
   // The stored bytes and type, exactly.
   std::vector<BYTE> Read(const WCHAR* name, DWORD* type) {
@@ -62,7 +63,8 @@ TEST_F(RegistryTest, ValuesReadBackWithTheirTypeAndBytes) {
   DWORD type = 0;
   EXPECT_EQ(Read(WSTR("text"), &type), Bytes(text, sizeof(text)));  // names ignore case
   EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
-  EXPECT_EQ(Read(WSTR("Expandable"), &type), Bytes(expandable, sizeof(expandable)));  // not expanded
+  EXPECT_EQ(Read(WSTR("Expandable"), &type),
+            Bytes(expandable, sizeof(expandable)));  // not expanded
   EXPECT_EQ(type, static_cast<DWORD>(REG_EXPAND_SZ));
   EXPECT_EQ(Read(WSTR("Multi"), &type), Bytes(multi, sizeof(multi)));
   EXPECT_EQ(type, static_cast<DWORD>(REG_MULTI_SZ));
@@ -95,20 +97,24 @@ TEST_F(RegistryTest, MissingValuesAndShortBuffersAnswerAsWindowsDoes) {
   DWORD type = 0, size = 0;
   EXPECT_EQ(RegQueryValueExW(key_.Handle(), WSTR("Missing"), nullptr, &type, nullptr, &size),
             ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(RegQueryValueExW(key_.Handle(), nullptr, nullptr, &type, nullptr, &size), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(RegQueryValueExW(key_.Handle(), nullptr, nullptr, &type, nullptr, &size),
+            ERROR_FILE_NOT_FOUND);
 
   const WCHAR text[] = WSTR("twelve chars");
   Set(WSTR("Text"), REG_SZ, text, sizeof(text));
   BYTE small[4];
   size = sizeof(small);
-  EXPECT_EQ(RegQueryValueExW(key_.Handle(), WSTR("Text"), nullptr, &type, small, &size), ERROR_MORE_DATA);
+  EXPECT_EQ(RegQueryValueExW(key_.Handle(), WSTR("Text"), nullptr, &type, small, &size),
+            ERROR_MORE_DATA);
   EXPECT_EQ(size, sizeof(text));
   size = 0;
-  EXPECT_EQ(RegQueryValueExW(key_.Handle(), WSTR("Text"), nullptr, nullptr, nullptr, &size), ERROR_SUCCESS);
+  EXPECT_EQ(RegQueryValueExW(key_.Handle(), WSTR("Text"), nullptr, nullptr, nullptr, &size),
+            ERROR_SUCCESS);
   EXPECT_EQ(size, sizeof(text));
 
   HKEY missing = nullptr;
-  EXPECT_EQ(RegOpenKeyExW(key_.Handle(), WSTR("no\\such\\key"), 0, KEY_READ, &missing), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(RegOpenKeyExW(key_.Handle(), WSTR("no\\such\\key"), 0, KEY_READ, &missing),
+            ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(RegDeleteValueW(key_.Handle(), WSTR("Missing")), ERROR_FILE_NOT_FOUND);
 }
 
@@ -157,8 +163,8 @@ TEST_F(RegistryTest, KeysOpenRegardlessOfCaseAndRespectTheirAccess) {
 
   DWORD disposition = 0;
   HKEY again = nullptr;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, upper.c_str(), 0, nullptr, 0, KEY_READ, nullptr, &again,
-                            &disposition),
+  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, upper.c_str(), 0, nullptr, 0, KEY_READ, nullptr,
+                            &again, &disposition),
             ERROR_SUCCESS);
   EXPECT_EQ(disposition, static_cast<DWORD>(REG_OPENED_EXISTING_KEY));
   EXPECT_EQ(RegCloseKey(again), ERROR_SUCCESS);

@@ -61,7 +61,8 @@ TEST(Variant, ChangeTypeToTextGivesTheSystemsTextForEveryTypeTheComponentConvert
   EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; })), "-1");
   EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_FALSE; })), "0");
   EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = 1; })), "1");  // as a short
-  EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }), VARIANT_ALPHABOOL), "True");
+  EXPECT_EQ(AsText(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }), VARIANT_ALPHABOOL),
+            "True");
   EXPECT_EQ(AsText(Make(VT_CY, [](VARIANT& v) { v.cyVal.int64 = 15000; })), "1.5");
   EXPECT_EQ(AsText(Make(VT_EMPTY, [](VARIANT&) {})), "");
   EXPECT_EQ(AsText(Make(VT_NULL, [](VARIANT&) {})), "hr=80020005");
@@ -70,7 +71,9 @@ TEST(Variant, ChangeTypeToTextGivesTheSystemsTextForEveryTypeTheComponentConvert
 }
 
 TEST(Variant, DatesBecomeUsShortDatesWithTheTimeOnlyWhenThereIsOne) {
-  auto date = [](double value) { return AsText(Make(VT_DATE, [value](VARIANT& v) { v.date = value; })); };
+  auto date = [](double value) {
+    return AsText(Make(VT_DATE, [value](VARIANT& v) { v.date = value; }));
+  };
   EXPECT_EQ(date(36526.0), "1/1/2000");
   EXPECT_EQ(date(36526.5), "1/1/2000 12:00:00 PM");
   EXPECT_EQ(date(1.0), "12/31/1899");
@@ -181,7 +184,8 @@ TEST(Variant, ObjectsConvertToUnknownWithAReferenceOfTheirOwnAndNothingElseDoes)
     ScopedVariant owned;
     owned.Reset(raw);
     ScopedVariant out;
-    EXPECT_EQ(VariantChangeType(out.Receive(), owned.AsInput(), 0, VT_UNKNOWN), DISP_E_TYPEMISMATCH) << vt;
+    EXPECT_EQ(VariantChangeType(out.Receive(), owned.AsInput(), 0, VT_UNKNOWN), DISP_E_TYPEMISMATCH)
+        << vt;
     EXPECT_EQ(out.type(), VT_EMPTY);
   }
 }

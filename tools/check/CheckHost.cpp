@@ -110,9 +110,9 @@ class CheckHost::Services : public IClassFactory,
 CheckHost::CheckHost()
     : services_(std::make_unique<Services>()),
       apartment_(CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {
-  registration_ = CoRegisterClassObject(CLSID_HostSystemService,
-                                        static_cast<IClassFactory*>(services_.get()),
-                                        CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_);
+  registration_ =
+      CoRegisterClassObject(CLSID_HostSystemService, static_cast<IClassFactory*>(services_.get()),
+                            CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_);
 }
 
 CheckHost::~CheckHost() {

@@ -116,10 +116,9 @@ std::vector<StepReport> RunChecks(const Options& options, const VARIANT& config)
   steps.push_back(CheckMessageServer(host, config, &findings));
   steps.push_back(options.jvm ? CheckJavaSide(host, &findings)
                               : SkippedStep(5, "java-side", "Java side", "not asked (--jvm)"));
-  steps.push_back(options.connect
-                      ? CheckServerReachable(host, &findings, options.timeoutSeconds)
-                      : SkippedStep(6, "server-reachable", "server reachable",
-                                    "not asked (--connect)"));
+  steps.push_back(options.connect ? CheckServerReachable(host, &findings, options.timeoutSeconds)
+                                  : SkippedStep(6, "server-reachable", "server reachable",
+                                                "not asked (--connect)"));
   return steps;
 }
 

@@ -13,7 +13,6 @@
 #include "platform/RegKey.h"
 #include "platform/ScopedBstr.h"
 
-
 namespace tarnix::check {
 namespace {
 
@@ -27,30 +26,22 @@ std::string Found(bool found) { return found ? "found" : "not found"; }
 
 const char* JreSourceName(JreSource source) {
   switch (source) {
-    case JreSource::AgentJrePath:
-      return "JrePath";
-    case JreSource::HostJavaHome:
-      return "JavaHome";
-    case JreSource::AgentInstallPath:
-      return "AgentInstallPath";
-    case JreSource::None:
-      break;
+    case JreSource::AgentJrePath: return "JrePath";
+    case JreSource::HostJavaHome: return "JavaHome";
+    case JreSource::AgentInstallPath: return "AgentInstallPath";
+    case JreSource::None: break;
   }
   return "none";
 }
 
 const char* ServerSourceName(ServerInfoSource source) {
   switch (source) {
-    case ServerInfoSource::LegacyValue:
-      return "legacy value";
+    case ServerInfoSource::LegacyValue: return "legacy value";
     case ServerInfoSource::PolicyUrlAsLegacyValue:
       return "policy key's MessageServerURL, read as a legacy value";
-    case ServerInfoSource::XmlNamedKey:
-      return "registry path named by the XML configuration";
-    case ServerInfoSource::PolicyKey:
-      return "policy key";
-    case ServerInfoSource::None:
-      break;
+    case ServerInfoSource::XmlNamedKey: return "registry path named by the XML configuration";
+    case ServerInfoSource::PolicyKey: return "policy key";
+    case ServerInfoSource::None: break;
   }
   return "none";
 }
@@ -139,9 +130,8 @@ StepReport CheckClassPath(CheckHost& host, Findings* findings) {
   const HRESULT folderRead = ReadAgentValue(WSTR("ClassPath"), &folder);
   GetClassPath(HostLog::AcquiredOnFirstUse(), &findings->classPath);
   const std::vector<std::string> jars = SplitClassPath(findings->classPath);
-  step.facts.emplace_back("folder", SUCCEEDED(folderRead)
-                                        ? ToUtf8(folder)
-                                        : "not set (" + CodeText(folderRead) + ")");
+  step.facts.emplace_back(
+      "folder", SUCCEEDED(folderRead) ? ToUtf8(folder) : "not set (" + CodeText(folderRead) + ")");
   for (size_t i = 0; i < jars.size(); ++i) {
     step.facts.emplace_back("jar " + std::to_string(i + 1), jars[i]);
   }

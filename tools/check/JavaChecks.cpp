@@ -52,8 +52,8 @@ void LoadClassTable(CJavaVM& machine, StepReport* step) {
       step->verdict = Verdict::Fail;
     }
   }
-  const std::string count = std::to_string(loaded) + " of " +
-                            std::to_string(std::size(classes::kClassTable));
+  const std::string count =
+      std::to_string(loaded) + " of " + std::to_string(std::size(classes::kClassTable));
   step->facts.emplace_back("classes loaded", count);
   step->summary = "machine created, " + count + " classes loaded";
 }
@@ -64,8 +64,8 @@ StepReport CheckJavaSide(CheckHost& host, Findings* findings) {
   StepReport step = StartedStep(5, "java-side", "Java side");
   step.facts.emplace_back("options", JoinedOptions(findings->classPath));
   findings->machine = std::make_unique<CJavaVM>(findings->runtimeDirectory);
-  const LONG created = CreateJavaMachine(*findings->machine, HostLog::AcquiredOnFirstUse(),
-                                         findings->classPath);
+  const LONG created =
+      CreateJavaMachine(*findings->machine, HostLog::AcquiredOnFirstUse(), findings->classPath);
   if (created != 0) {
     findings->machine.reset();
     step.summary = "no Java machine (" + CodeText(created) + ")";

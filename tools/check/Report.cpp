@@ -8,12 +8,9 @@ namespace {
 
 const char* VerdictText(Verdict verdict) {
   switch (verdict) {
-    case Verdict::Pass:
-      return "PASS";
-    case Verdict::Fail:
-      return "FAIL";
-    case Verdict::Skipped:
-      break;
+    case Verdict::Pass: return "PASS";
+    case Verdict::Fail: return "FAIL";
+    case Verdict::Skipped: break;
   }
   return "SKIP";
 }
@@ -118,8 +115,9 @@ void PrintText(std::ostream& out, const std::vector<StepReport>& steps) {
       out << indent << "! " << Indented(problem, indent + "  ") << "\n";
     }
     for (const LoggedLine& line : step.log) {
-      if (Reported(line)) out << indent << "component " << line.level << ": "
-                              << Indented(line.text, indent + "  ") << "\n";
+      if (Reported(line))
+        out << indent << "component " << line.level << ": " << Indented(line.text, indent + "  ")
+            << "\n";
     }
   }
   out << (AnyFailed(steps) ? "Result: FAIL" : "Result: PASS") << "\n";

@@ -16,12 +16,12 @@ enum class Verdict { Pass, Fail, Skipped };
 
 struct StepReport {
   int number = 0;
-  std::string name;     // "java-runtime"
-  std::string title;    // "Java runtime"
+  std::string name;   // "java-runtime"
+  std::string title;  // "Java runtime"
   Verdict verdict = Verdict::Skipped;
-  std::string summary;  // the verdict line's text
+  std::string summary;                                     // the verdict line's text
   std::vector<std::pair<std::string, std::string>> facts;  // in the order found
-  std::vector<std::string> problems;                        // one finding each
+  std::vector<std::string> problems;                       // one finding each
   std::vector<LoggedLine> log;  // the component's own lines while the check ran
 };
 

@@ -70,7 +70,8 @@ bool Connect(CJavaVM& machine, const ServerAddress& address, int timeoutMs, std:
   if (!addressClass) return Thrown(machine, failure);
   const auto host = machine.NewLocalString(address.host);
   if (!host) return Thrown(machine, failure);
-  const auto target = addressClass->NewLocalObject(SocketAddress::ctorHostPort, *host, address.port);
+  const auto target =
+      addressClass->NewLocalObject(SocketAddress::ctorHostPort, *host, address.port);
   if (!target) return Thrown(machine, failure);
   const auto socket = socketClass->NewLocalObject(Socket::ctor);
   if (!socket) return Thrown(machine, failure);
@@ -85,9 +86,8 @@ bool Connect(CJavaVM& machine, const ServerAddress& address, int timeoutMs, std:
 
 // Calls a static method that takes text arguments and answers an object (dropped at
 // once). False, with the exception's first line in *failure, when it throws.
-bool CallStatic(CJavaVM& machine, const char* className, const char* method,
-                const char* signature, std::initializer_list<WString> arguments,
-                std::string* failure) {
+bool CallStatic(CJavaVM& machine, const char* className, const char* method, const char* signature,
+                std::initializer_list<WString> arguments, std::string* failure) {
   JNIEnv* env = machine.GetEnv();
   const LocalRef<jclass> javaClass(env, env->FindClass(className));
   if (!javaClass) return Thrown(machine, failure);
@@ -109,11 +109,11 @@ bool CallStatic(CJavaVM& machine, const char* className, const char* method,
 
 bool LookUp(CJavaVM& machine, const WString& url, int timeoutMs, std::string* failure) {
   // Read once, when RMI's transport first runs: that is the lookup just below.
-  return CallStatic(machine, "java/lang/System", "setProperty",
-                    "(Ljava/lang/String;Ljava/lang/String;)Ljava/lang/String;",
-                    {WSTR("sun.rmi.transport.tcp.responseTimeout"),
-                     Utf8ToWide(std::to_string(timeoutMs))},
-                    failure) &&
+  return CallStatic(
+             machine, "java/lang/System", "setProperty",
+             "(Ljava/lang/String;Ljava/lang/String;)Ljava/lang/String;",
+             {WSTR("sun.rmi.transport.tcp.responseTimeout"), Utf8ToWide(std::to_string(timeoutMs))},
+             failure) &&
          CallStatic(machine, "java/rmi/Naming", "lookup", "(Ljava/lang/String;)Ljava/rmi/Remote;",
                     {url}, failure);
 }

@@ -161,9 +161,9 @@ ComPtr<IUnknown> MakeTraceRoute() {
   metadata->SetText(WSTR("hops"), WSTR("3"));
   auto values = MakeFake<FakeNamedValues>();
   values->SetValue(WSTR("metadata"), Object(metadata.Get()).Get());
-  values->SetValue(WSTR("route"),
-                   Text(WSTR("1  10.20.30.1  0.412 ms\n2  10.0.0.1  1.870 ms\n"
-                             "3  172.16.8.20  2.954 ms")).Get());
+  values->SetValue(WSTR("route"), Text(WSTR("1  10.20.30.1  0.412 ms\n2  10.0.0.1  1.870 ms\n"
+                                            "3  172.16.8.20  2.954 ms"))
+                                      .Get());
   return Unknown(values);
 }
 

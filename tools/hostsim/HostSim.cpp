@@ -91,8 +91,9 @@ bool LoadServerInfo(ServerInfo* info) {
   WCHAR* second = nullptr;
   WCHAR* certificate = nullptr;
   const LONG hr = CRMIConfigLoader::GetServerInfo(config, &url, &second, &certificate);
-  if (hr >= 0) *info = {url ? url : WSTR(""), second ? second : WSTR(""),
-                        certificate ? certificate : WSTR("")};
+  if (hr >= 0)
+    *info = {url ? url : WSTR(""), second ? second : WSTR(""),
+             certificate ? certificate : WSTR("")};
   SysFreeString(url);
   SysFreeString(second);
   SysFreeString(certificate);
@@ -224,8 +225,7 @@ LONG Demo::Dump(unsigned char type, const char* name, ULONGLONG number, IUnknown
   }
   const std::vector<DumpedAnswer> delivered = callback_->Answers();
   for (size_t i = answers; i < delivered.size(); ++i) {
-    std::printf("   answer  to the host's callback: %s\n",
-                WideToUtf8(delivered[i].text).c_str());
+    std::printf("   answer  to the host's callback: %s\n", WideToUtf8(delivered[i].text).c_str());
   }
   const std::vector<ExecutedAction> executed = executor_->Actions();
   for (size_t i = actions; i < executed.size(); ++i) {
@@ -256,11 +256,12 @@ int Demo::Run(long soakCalls, unsigned char soakType) {
   ComPtr<IUnknown> extended = MakeExtendedData();
   expect(Dump(eExtendedData, "eExtendedData", 7, extended.Get(), "extended GPU metrics") >= 0);
   ComPtr<IUnknown> route = MakeTraceRoute();
-  expect(Dump(eTraceRoute, "eTraceRoute", 10, route.Get(),
-              "a trace route to the message server") >= 0);
+  expect(Dump(eTraceRoute, "eTraceRoute", 10, route.Get(), "a trace route to the message server") >=
+         0);
   expect(Dump(eDesktopPoll, "eDesktopPoll", 255, nullptr, "the server's poll of the desktop") >= 0);
   ComPtr<FakeUserSession> li = MakeSession(2);
-  expect(Dump(eUserSessionRefresh, "eUserSessionRefresh", 3, li.Get(), "li.wei's session refreshed") >= 0);
+  expect(Dump(eUserSessionRefresh, "eUserSessionRefresh", 3, li.Get(),
+              "li.wei's session refreshed") >= 0);
   expect(Dump(eUserSessionDisconnect, "eUserSessionDisconnect", 5, li.Get(),
               "li.wei's client disconnects") >= 0);
   expect(Dump(eUserSessionReconnect, "eUserSessionReconnect", 4, li.Get(),
@@ -308,8 +309,8 @@ int Demo::Soak(long calls, unsigned char type) {
   server_->ClearReceived();
   const long refsBefore = JniGlobalReferences(runtime);
   const long rssBefore = ResidentKilobytes();
-  std::printf("soak: %ld calls of type %u; before: %ld JNI global refs, %ld kB resident\n",
-              calls, static_cast<unsigned>(type), refsBefore, rssBefore);
+  std::printf("soak: %ld calls of type %u; before: %ld JNI global refs, %ld kB resident\n", calls,
+              static_cast<unsigned>(type), refsBefore, rssBefore);
   const auto start = std::chrono::steady_clock::now();
   long failed = 0;
   for (long i = 1; i <= calls; ++i) {
@@ -327,9 +328,10 @@ int Demo::Soak(long calls, unsigned char type) {
   }
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  std::printf("soak: after: %ld JNI global refs, %ld kB resident; %ld failed; %.1f s, %.1f us/call\n",
-              JniGlobalReferences(runtime), ResidentKilobytes(), failed, seconds,
-              seconds * 1e6 / static_cast<double>(calls));
+  std::printf(
+      "soak: after: %ld JNI global refs, %ld kB resident; %ld failed; %.1f s, %.1f us/call\n",
+      JniGlobalReferences(runtime), ResidentKilobytes(), failed, seconds,
+      seconds * 1e6 / static_cast<double>(calls));
   server_->Stop();
   return failed == 0 ? 0 : 1;
 }
@@ -342,9 +344,12 @@ int main(int argc, char** argv) {
   long soak = 0;
   unsigned char soakType = eSample;
   for (int i = 1; i < argc; ++i) {
-    if (!std::strcmp(argv[i], "--soak") && i + 1 < argc) soak = std::atol(argv[++i]);
-    else if (!std::strcmp(argv[i], "--work") && i + 1 < argc) paths.work = argv[++i];
-    else if (!std::strcmp(argv[i], "--soak-startup")) soakType = eStartup;
+    if (!std::strcmp(argv[i], "--soak") && i + 1 < argc)
+      soak = std::atol(argv[++i]);
+    else if (!std::strcmp(argv[i], "--work") && i + 1 < argc)
+      paths.work = argv[++i];
+    else if (!std::strcmp(argv[i], "--soak-startup"))
+      soakType = eStartup;
     else {
       std::fprintf(stderr, "usage: %s [--work DIR] [--soak CALLS [--soak-startup]]\n", argv[0]);
       return 2;

@@ -34,8 +34,8 @@ std::string Dump(JNIEnv* env) {
   };
   jclass factory = env->FindClass("java/lang/management/ManagementFactory");
   if (threw() || !factory) return {};
-  jmethodID serverOf = env->GetStaticMethodID(factory, "getPlatformMBeanServer",
-                                              "()Ljavax/management/MBeanServer;");
+  jmethodID serverOf =
+      env->GetStaticMethodID(factory, "getPlatformMBeanServer", "()Ljavax/management/MBeanServer;");
   if (threw() || !serverOf) return {};
   jobject server = env->CallStaticObjectMethod(factory, serverOf);
   if (threw() || !server) return {};
@@ -114,8 +114,8 @@ namespace {
 // Marks the asking thread's object while the roots are walked.
 constexpr jlong kAskingThreadTag = 0x51A7;
 
-jint JNICALL CountLocalRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo* info,
-                            jlong, jlong, jlong, jlong*, jlong*, jint, void* count) {
+jint JNICALL CountLocalRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo* info, jlong,
+                            jlong, jlong, jlong*, jlong*, jint, void* count) {
   if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL && info->jni_local.thread_tag == kAskingThreadTag) {
     ++*static_cast<long*>(count);
   }

@@ -64,10 +64,13 @@ bool MessageServerProcess::Start() {
     close(input[1]);
     return Failed("pipe");
   }
-  std::vector<std::string> arguments = {options_.java, "-Djava.rmi.server.hostname=127.0.0.1",
-                                        "-cp", options_.classPath,
+  std::vector<std::string> arguments = {options_.java,
+                                        "-Djava.rmi.server.hostname=127.0.0.1",
+                                        "-cp",
+                                        options_.classPath,
                                         "com.tarnix.messageserver.Main",
-                                        "--port", std::to_string(options_.port)};
+                                        "--port",
+                                        std::to_string(options_.port)};
   for (const auto& [method, text] : options_.answers) {
     arguments.push_back("--answer");
     arguments.push_back(method + "=" + text);
@@ -166,7 +169,8 @@ bool MessageServerProcess::ReadLine(std::string* line) {
       buffer_.erase(0, end + 1);
       return true;
     }
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
     if (out_ < 0 || left.count() <= 0) return false;
     pollfd ready{out_, POLLIN, 0};
     const int polled = poll(&ready, 1, static_cast<int>(left.count()));

@@ -12,9 +12,9 @@
 namespace tarnix::hostsim {
 
 struct MessageServerOptions {
-  std::string java;       // the java launcher
-  std::string classPath;  // the server's jars
-  int port = 0;           // 0: a free port
+  std::string java;                            // the java launcher
+  std::string classPath;                       // the server's jars
+  int port = 0;                                // 0: a free port
   std::map<std::string, std::string> answers;  // method -> text
   // How long start-up and each command may take.
   std::chrono::seconds timeout{60};

@@ -58,7 +58,8 @@ struct IXMLDOMNode : public IDispatch {
   STDMETHOD(get_nextSibling)(IXMLDOMNode** nextSibling) = 0;
   STDMETHOD(get_attributes)(IXMLDOMNamedNodeMap** attributeMap) = 0;
   STDMETHOD(insertBefore)(IXMLDOMNode* newChild, VARIANT refChild, IXMLDOMNode** outNewChild) = 0;
-  STDMETHOD(replaceChild)(IXMLDOMNode* newChild, IXMLDOMNode* oldChild, IXMLDOMNode** outOldChild) = 0;
+  STDMETHOD(replaceChild)
+  (IXMLDOMNode* newChild, IXMLDOMNode* oldChild, IXMLDOMNode** outOldChild) = 0;
   STDMETHOD(removeChild)(IXMLDOMNode* childNode, IXMLDOMNode** oldChild) = 0;
   STDMETHOD(appendChild)(IXMLDOMNode* newChild, IXMLDOMNode** outNewChild) = 0;
   STDMETHOD(hasChildNodes)(VARIANT_BOOL* hasChild) = 0;
@@ -94,7 +95,8 @@ struct IXMLDOMDocument : public IXMLDOMNode {
   STDMETHOD(createTextNode)(BSTR data, IXMLDOMText** text) = 0;
   STDMETHOD(createComment)(BSTR data, IXMLDOMComment** comment) = 0;
   STDMETHOD(createCDATASection)(BSTR data, IXMLDOMCDATASection** cdata) = 0;
-  STDMETHOD(createProcessingInstruction)(BSTR target, BSTR data, IXMLDOMProcessingInstruction** pi) = 0;
+  STDMETHOD(createProcessingInstruction)
+  (BSTR target, BSTR data, IXMLDOMProcessingInstruction** pi) = 0;
   STDMETHOD(createAttribute)(BSTR name, IXMLDOMAttribute** attribute) = 0;
   STDMETHOD(createEntityReference)(BSTR name, IXMLDOMEntityReference** entityRef) = 0;
   STDMETHOD(getElementsByTagName)(BSTR tagName, IXMLDOMNodeList** resultList) = 0;

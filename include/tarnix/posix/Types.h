@@ -70,11 +70,12 @@ typedef ACCESS_MASK REGSAM;
 #define MAKE_HRESULT(sev, fac, code) \
   ((HRESULT)(((uint32_t)(sev) << 31) | ((uint32_t)(fac) << 16) | ((uint32_t)(code))))
 #define FACILITY_WIN32 7
-#define HRESULT_CODE(hr) ((hr) & 0xFFFF)
+#define HRESULT_CODE(hr) ((hr)&0xFFFF)
 
 inline HRESULT HRESULT_FROM_WIN32(uint32_t code) {
-  return (HRESULT)code <= 0 ? (HRESULT)code
-                            : (HRESULT)((code & 0x0000FFFFu) | (FACILITY_WIN32 << 16) | 0x80000000u);
+  return (HRESULT)code <= 0
+             ? (HRESULT)code
+             : (HRESULT)((code & 0x0000FFFFu) | (FACILITY_WIN32 << 16) | 0x80000000u);
 }
 
 #define S_OK ((HRESULT)0)

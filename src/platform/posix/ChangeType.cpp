@@ -26,9 +26,24 @@ struct Number {
   uint64_t u = 0;
   double d = 0;
 
-  static Number Signed(int64_t v) { Number n; n.kind = kSigned; n.i = v; return n; }
-  static Number Unsigned(uint64_t v) { Number n; n.kind = kUnsigned; n.u = v; return n; }
-  static Number Real(double v) { Number n; n.kind = kReal; n.d = v; return n; }
+  static Number Signed(int64_t v) {
+    Number n;
+    n.kind = kSigned;
+    n.i = v;
+    return n;
+  }
+  static Number Unsigned(uint64_t v) {
+    Number n;
+    n.kind = kUnsigned;
+    n.u = v;
+    return n;
+  }
+  static Number Real(double v) {
+    Number n;
+    n.kind = kReal;
+    n.d = v;
+    return n;
+  }
 
   double AsDouble() const {
     return kind == kReal ? d : (kind == kSigned ? static_cast<double>(i) : static_cast<double>(u));
@@ -53,16 +68,25 @@ bool Dereference(const VARIANT& byref, VARIANT* view) {
     return true;
   }
   switch (base) {
-    case VT_I1: case VT_UI1: view->bVal = *byref.pbVal; return true;
-    case VT_I2: case VT_UI2: case VT_BOOL: view->uiVal = *byref.puiVal; return true;
-    case VT_I4: case VT_UI4: case VT_INT: case VT_UINT: case VT_ERROR: case VT_R4:
-      std::memcpy(&view->lVal, byref.byref, 4);
-      return true;
-    case VT_I8: case VT_UI8: case VT_R8: case VT_DATE: case VT_CY:
-      std::memcpy(&view->llVal, byref.byref, 8);
-      return true;
+    case VT_I1:
+    case VT_UI1: view->bVal = *byref.pbVal; return true;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL: view->uiVal = *byref.puiVal; return true;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_ERROR:
+    case VT_R4: std::memcpy(&view->lVal, byref.byref, 4); return true;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_DATE:
+    case VT_CY: std::memcpy(&view->llVal, byref.byref, 8); return true;
     case VT_BSTR: view->bstrVal = *byref.pbstrVal; return true;
-    case VT_UNKNOWN: case VT_DISPATCH: view->punkVal = *byref.ppunkVal; return true;
+    case VT_UNKNOWN:
+    case VT_DISPATCH: view->punkVal = *byref.ppunkVal; return true;
     default: return false;
   }
 }
@@ -91,8 +115,10 @@ bool ParseNumber(BSTR text, Number* out) {
   }
   bool negative = false;
   size_t pos = 0;
-  if (pos < ascii.size() && (ascii[pos] == '+' || ascii[pos] == '-')) negative = ascii[pos++] == '-';
-  if (pos >= ascii.size() || !((ascii[pos] >= '0' && ascii[pos] <= '9') || ascii[pos] == '.')) return false;
+  if (pos < ascii.size() && (ascii[pos] == '+' || ascii[pos] == '-'))
+    negative = ascii[pos++] == '-';
+  if (pos >= ascii.size() || !((ascii[pos] >= '0' && ascii[pos] <= '9') || ascii[pos] == '.'))
+    return false;
   const char* first = ascii.data() + pos;
   const char* last = ascii.data() + ascii.size();
   if (ascii.find_first_of(".eE", pos) == std::string::npos) {
@@ -169,7 +195,8 @@ HRESULT ToNumber(const VARIANT& v, USHORT flags, bool forBool, Number* out) {
       if (ParseNumber(v.bstrVal, out)) {
         return out->kind == Number::kReal && std::isinf(out->d) ? DISP_E_OVERFLOW : S_OK;
       }
-      if (forBool && v.bstrVal && (EqualsIgnoringCase(v.bstrVal, "true") || EqualsIgnoringCase(v.bstrVal, "false"))) {
+      if (forBool && v.bstrVal &&
+          (EqualsIgnoringCase(v.bstrVal, "true") || EqualsIgnoringCase(v.bstrVal, "false"))) {
         *out = Number::Signed(EqualsIgnoringCase(v.bstrVal, "true") ? -1 : 0);
         return S_OK;
       }
@@ -183,16 +210,17 @@ HRESULT ToNumber(const VARIANT& v, USHORT flags, bool forBool, Number* out) {
       VariantClear(&value);
       return hr;
     }
-    default:
-      return DISP_E_TYPEMISMATCH;
+    default: return DISP_E_TYPEMISMATCH;
   }
 }
 
 // Whole numbers within [low, high]; reals round half to even, as Automation does.
-HRESULT ToInteger(const Number& n, double low, double high, int64_t* asSigned, uint64_t* asUnsigned) {
+HRESULT ToInteger(const Number& n, double low, double high, int64_t* asSigned,
+                  uint64_t* asUnsigned) {
   switch (n.kind) {
     case Number::kSigned:
-      if (static_cast<double>(n.i) < low || (n.i > 0 && static_cast<double>(n.i) > high)) return DISP_E_OVERFLOW;
+      if (static_cast<double>(n.i) < low || (n.i > 0 && static_cast<double>(n.i) > high))
+        return DISP_E_OVERFLOW;
       *asSigned = n.i;
       *asUnsigned = static_cast<uint64_t>(n.i);
       return S_OK;
@@ -225,16 +253,42 @@ HRESULT NumberTo(const Number& n, VARTYPE vt, VARIANT* out) {
   constexpr double kI64Low = -9223372036854775808.0, kI64High = 9223372036854774784.0;
   constexpr double kU64High = 18446744073709549568.0;
   switch (vt) {
-    case VT_I1: hr = ToInteger(n, -128, 127, &s, &u); out->cVal = static_cast<CHAR>(s); break;
-    case VT_UI1: hr = ToInteger(n, 0, 255, &s, &u); out->bVal = static_cast<BYTE>(u); break;
-    case VT_I2: hr = ToInteger(n, -32768, 32767, &s, &u); out->iVal = static_cast<SHORT>(s); break;
-    case VT_UI2: hr = ToInteger(n, 0, 65535, &s, &u); out->uiVal = static_cast<USHORT>(u); break;
-    case VT_I4: hr = ToInteger(n, -2147483648.0, 2147483647.0, &s, &u); out->lVal = static_cast<LONG>(s); break;
-    case VT_INT: hr = ToInteger(n, -2147483648.0, 2147483647.0, &s, &u); out->intVal = static_cast<INT>(s); break;
-    case VT_UI4: hr = ToInteger(n, 0, 4294967295.0, &s, &u); out->ulVal = static_cast<ULONG>(u); break;
-    case VT_UINT: hr = ToInteger(n, 0, 4294967295.0, &s, &u); out->uintVal = static_cast<UINT>(u); break;
+    case VT_I1:
+      hr = ToInteger(n, -128, 127, &s, &u);
+      out->cVal = static_cast<CHAR>(s);
+      break;
+    case VT_UI1:
+      hr = ToInteger(n, 0, 255, &s, &u);
+      out->bVal = static_cast<BYTE>(u);
+      break;
+    case VT_I2:
+      hr = ToInteger(n, -32768, 32767, &s, &u);
+      out->iVal = static_cast<SHORT>(s);
+      break;
+    case VT_UI2:
+      hr = ToInteger(n, 0, 65535, &s, &u);
+      out->uiVal = static_cast<USHORT>(u);
+      break;
+    case VT_I4:
+      hr = ToInteger(n, -2147483648.0, 2147483647.0, &s, &u);
+      out->lVal = static_cast<LONG>(s);
+      break;
+    case VT_INT:
+      hr = ToInteger(n, -2147483648.0, 2147483647.0, &s, &u);
+      out->intVal = static_cast<INT>(s);
+      break;
+    case VT_UI4:
+      hr = ToInteger(n, 0, 4294967295.0, &s, &u);
+      out->ulVal = static_cast<ULONG>(u);
+      break;
+    case VT_UINT:
+      hr = ToInteger(n, 0, 4294967295.0, &s, &u);
+      out->uintVal = static_cast<UINT>(u);
+      break;
     case VT_I8:
-      if (n.kind == Number::kUnsigned && n.u > static_cast<uint64_t>(std::numeric_limits<int64_t>::max())) return DISP_E_OVERFLOW;
+      if (n.kind == Number::kUnsigned &&
+          n.u > static_cast<uint64_t>(std::numeric_limits<int64_t>::max()))
+        return DISP_E_OVERFLOW;
       hr = ToInteger(n, kI64Low, n.kind == Number::kReal ? kI64High : 9.3e18, &s, &u);
       out->llVal = s;
       break;
@@ -273,7 +327,8 @@ HRESULT NumberTo(const Number& n, VARTYPE vt, VARIANT* out) {
 std::string RealText(double value, int digits) {
   if (value == 0) return "0";
   char buffer[64];
-  auto result = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, digits);
+  auto result =
+      std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, digits);
   std::string text(buffer, result.ptr);
   for (char& c : text) {
     if (c == 'e') c = 'E';
@@ -283,7 +338,8 @@ std::string RealText(double value, int digits) {
 
 std::string CurrencyText(LONGLONG value) {
   const bool negative = value < 0;
-  const uint64_t magnitude = negative ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  const uint64_t magnitude =
+      negative ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
   std::string text = std::to_string(magnitude / 10000);
   uint64_t fraction = magnitude % 10000;
   if (fraction) {
@@ -358,8 +414,7 @@ HRESULT ToText(const VARIANT& v, USHORT flags, std::string* out) {
       VariantClear(&value);
       return hr;
     }
-    default:
-      return DISP_E_TYPEMISMATCH;
+    default: return DISP_E_TYPEMISMATCH;
   }
 }
 
@@ -382,7 +437,8 @@ HRESULT ToObject(const VARIANT& v, VARTYPE vt, VARIANT* out) {
     if (out->punkVal) out->punkVal->AddRef();
   } else if (v.punkVal) {
     void* dispatch = nullptr;
-    if (FAILED(v.punkVal->QueryInterface(IID_IDispatch, &dispatch)) || !dispatch) return DISP_E_TYPEMISMATCH;
+    if (FAILED(v.punkVal->QueryInterface(IID_IDispatch, &dispatch)) || !dispatch)
+      return DISP_E_TYPEMISMATCH;
     out->pdispVal = static_cast<IDispatch*>(dispatch);
   } else {
     out->pdispVal = nullptr;
@@ -397,13 +453,12 @@ HRESULT Convert(const VARIANT& source, USHORT flags, VARTYPE vt, VARIANT* out) {
     out->vt = vt;
     return S_OK;
   }
-  if (source.vt == VT_NULL || source.vt == VT_ERROR || (source.vt & VT_ARRAY)) return DISP_E_TYPEMISMATCH;
+  if (source.vt == VT_NULL || source.vt == VT_ERROR || (source.vt & VT_ARRAY))
+    return DISP_E_TYPEMISMATCH;
   switch (vt) {
-    case VT_BSTR:
-      return ToBstr(source, flags, out);
+    case VT_BSTR: return ToBstr(source, flags, out);
     case VT_UNKNOWN:
-    case VT_DISPATCH:
-      return ToObject(source, vt, out);
+    case VT_DISPATCH: return ToObject(source, vt, out);
     default: {
       Number n;
       HRESULT hr = ToNumber(source, flags, vt == VT_BOOL, &n);

@@ -13,7 +13,8 @@ using tarnix::ComPtr;
 
 namespace {
 
-constexpr DWORD kInprocContexts = CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER;
+constexpr DWORD kInprocContexts =
+    CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER;
 
 struct ClassEntry {
   CLSID clsid;
@@ -118,7 +119,9 @@ thread_local DWORD t_comModel = 0;
 
 }  // namespace
 
-HRESULT CoInitialize(LPVOID pvReserved) { return CoInitializeEx(pvReserved, COINIT_APARTMENTTHREADED); }
+HRESULT CoInitialize(LPVOID pvReserved) {
+  return CoInitializeEx(pvReserved, COINIT_APARTMENTTHREADED);
+}
 
 HRESULT CoInitializeEx(LPVOID pvReserved, DWORD dwCoInit) {
   const DWORD model = dwCoInit & COINIT_APARTMENTTHREADED;
@@ -162,8 +165,8 @@ HRESULT CoCreateInstance(REFCLSID rclsid, LPUNKNOWN pUnkOuter, DWORD dwClsContex
   if (!ppv) return E_POINTER;
   *ppv = nullptr;
   ComPtr<IClassFactory> factory;
-  HRESULT hr = CoGetClassObject(rclsid, dwClsContext, nullptr, IID_IClassFactory,
-                                factory.ReceiveVoid());
+  HRESULT hr =
+      CoGetClassObject(rclsid, dwClsContext, nullptr, IID_IClassFactory, factory.ReceiveVoid());
   if (FAILED(hr)) return hr;
   if (!factory) return E_NOINTERFACE;
   return factory->CreateInstance(pUnkOuter, riid, ppv);
@@ -195,8 +198,10 @@ HRESULT RegisterBuiltinProgId(LPCOLESTR progId, REFCLSID clsid) {
     auto& list = BuiltinProgIds();
     auto it = list.begin();
     while (it != list.end() && !EqualsFolded(it->progId, WString(progId))) ++it;
-    if (it == list.end()) list.push_back({WString(progId), clsid});
-    else it->clsid = clsid;
+    if (it == list.end())
+      list.push_back({WString(progId), clsid});
+    else
+      it->clsid = clsid;
   }
   OLECHAR text[40];
   StringFromGUID2(clsid, text, 40);

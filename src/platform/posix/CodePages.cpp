@@ -43,7 +43,8 @@ int MultiByteToWideChar(UINT CodePage, DWORD dwFlags, LPCCH lpMultiByteStr, int 
       (cchWideChar > 0 && !lpWideCharStr))
     return Fail(ERROR_INVALID_PARAMETER);
   // -1 means zero-terminated, the terminator being converted too.
-  const size_t length = cbMultiByte < 0 ? std::strlen(lpMultiByteStr) + 1 : static_cast<size_t>(cbMultiByte);
+  const size_t length =
+      cbMultiByte < 0 ? std::strlen(lpMultiByteStr) + 1 : static_cast<size_t>(cbMultiByte);
   if ((dwFlags & MB_ERR_INVALID_CHARS) && !ValidUtf8(lpMultiByteStr, length))
     return Fail(ERROR_NO_UNICODE_TRANSLATION);
   const WString wide = tarnix::Utf8ToWide(std::string(lpMultiByteStr, length));
@@ -60,7 +61,8 @@ int WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWCH lpWideCharStr, int 
       (cbMultiByte > 0 && !lpMultiByteStr))
     return Fail(ERROR_INVALID_PARAMETER);
   // As for UTF-8 on Windows, a default character makes no sense when every character fits.
-  if (CodePage == CP_UTF8 && (lpDefaultChar || lpUsedDefaultChar)) return Fail(ERROR_INVALID_PARAMETER);
+  if (CodePage == CP_UTF8 && (lpDefaultChar || lpUsedDefaultChar))
+    return Fail(ERROR_INVALID_PARAMETER);
   const size_t length = cchWideChar < 0 ? std::char_traits<WCHAR>::length(lpWideCharStr) + 1
                                         : static_cast<size_t>(cchWideChar);
   if ((dwFlags & WC_ERR_INVALID_CHARS) && !ValidUtf16(lpWideCharStr, length))

@@ -9,12 +9,14 @@ void InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
   pthread_mutexattr_destroy(&attributes);
 }
 
-BOOL InitializeCriticalSectionEx(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount, DWORD Flags) {
+BOOL InitializeCriticalSectionEx(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount,
+                                 DWORD Flags) {
   InitializeCriticalSection(lpCriticalSection);
   return TRUE;
 }
 
-BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount) {
+BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection,
+                                           DWORD dwSpinCount) {
   InitializeCriticalSection(lpCriticalSection);
   return TRUE;
 }

@@ -87,8 +87,7 @@ class DocumentObject final : public NodeObject<IXMLDOMDocument2> {
     return reinterpret_cast<xmlNodePtr>(tree.get());
   }
   bool Implements(REFIID iid) const override {
-    return NodeObject::Implements(iid) || iid == IID_IXMLDOMDocument ||
-           iid == IID_IXMLDOMDocument2;
+    return NodeObject::Implements(iid) || iid == IID_IXMLDOMDocument || iid == IID_IXMLDOMDocument2;
   }
 
   mutable std::mutex mutex_;

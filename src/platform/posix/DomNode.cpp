@@ -84,9 +84,9 @@ std::string DescendantText(xmlNodePtr root) {
     if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) {
       AddTextNode(node, &joiner);
     }
-    const bool descend = node->children && (node->type == XML_ELEMENT_NODE ||
-                                            node->type == XML_DOCUMENT_NODE ||
-                                            node->type == XML_DOCUMENT_FRAG_NODE);
+    const bool descend =
+        node->children && (node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE ||
+                           node->type == XML_DOCUMENT_FRAG_NODE);
     if (descend) {
       node = node->children;
       continue;
@@ -156,8 +156,7 @@ HRESULT GetNodeText(xmlNodePtr node, BSTR* text) {
   }
 }
 
-HRESULT SelectFirstNode(const XmlTree& tree, xmlNodePtr context, BSTR query,
-                        IXMLDOMNode** result) {
+HRESULT SelectFirstNode(const XmlTree& tree, xmlNodePtr context, BSTR query, IXMLDOMNode** result) {
   *result = nullptr;
   const UINT length = SysStringLen(query);
   // libxml2 reads the expression up to its first zero: a longer BSTR would be half read.

@@ -23,8 +23,7 @@ HRESULT GetNodeName(xmlNodePtr node, BSTR* name);
 HRESULT GetNodeText(xmlNodePtr node, BSTR* text);
 DOMNodeType GetNodeType(xmlNodePtr node);
 // The first node the XPath expression selects from `context`, in document order.
-HRESULT SelectFirstNode(const XmlTree& tree, xmlNodePtr context, BSTR query,
-                        IXMLDOMNode** result);
+HRESULT SelectFirstNode(const XmlTree& tree, xmlNodePtr context, BSTR query, IXMLDOMNode** result);
 
 #define TARNIX_DOM_NOT_IMPLEMENTED(method, ...) \
   STDMETHODIMP method(__VA_ARGS__) override { return E_NOTIMPL; }
@@ -76,8 +75,8 @@ class NodeObject : public Interface {
   TARNIX_DOM_NOT_IMPLEMENTED(GetTypeInfoCount, UINT*)
   TARNIX_DOM_NOT_IMPLEMENTED(GetTypeInfo, UINT, LCID, ITypeInfo**)
   TARNIX_DOM_NOT_IMPLEMENTED(GetIDsOfNames, REFIID, LPOLESTR*, UINT, LCID, DISPID*)
-  TARNIX_DOM_NOT_IMPLEMENTED(Invoke, DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*,
-                             EXCEPINFO*, UINT*)
+  TARNIX_DOM_NOT_IMPLEMENTED(Invoke, DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                             UINT*)
   TARNIX_DOM_NOT_IMPLEMENTED(get_nodeValue, VARIANT*)
   TARNIX_DOM_NOT_IMPLEMENTED(put_nodeValue, VARIANT)
   TARNIX_DOM_NOT_IMPLEMENTED(get_parentNode, IXMLDOMNode**)

@@ -179,7 +179,8 @@ DWORD Win32ErrorOf(int error) {
   switch (error) {
     case ENOENT: return ERROR_FILE_NOT_FOUND;
     case EACCES: return ERROR_ACCESS_DENIED;
-    case ENAMETOOLONG: case EINVAL: return ERROR_INVALID_NAME;
+    case ENAMETOOLONG:
+    case EINVAL: return ERROR_INVALID_NAME;
     default: return ERROR_INVALID_HANDLE;
   }
 }

@@ -42,8 +42,10 @@ bool MatchesWindowsPattern(const WString& pattern, const WString& name) {
 }
 
 FILETIME ToFileTime(const timespec& time) {
-  const int64_t ticks = (static_cast<int64_t>(time.tv_sec) + 11644473600LL) * 10000000LL + time.tv_nsec / 100;
-  return FILETIME{static_cast<DWORD>(ticks), static_cast<DWORD>(static_cast<uint64_t>(ticks) >> 32)};
+  const int64_t ticks =
+      (static_cast<int64_t>(time.tv_sec) + 11644473600LL) * 10000000LL + time.tv_nsec / 100;
+  return FILETIME{static_cast<DWORD>(ticks),
+                  static_cast<DWORD>(static_cast<uint64_t>(ticks) >> 32)};
 }
 
 DWORD AttributesOf(const struct stat& info, const std::string& name) {
@@ -55,8 +57,10 @@ DWORD AttributesOf(const struct stat& info, const std::string& name) {
 
 DWORD ErrorOf(int error) {
   switch (error) {
-    case ENOENT: case ENOTDIR: return ERROR_PATH_NOT_FOUND;
-    case EACCES: case EPERM: return ERROR_ACCESS_DENIED;
+    case ENOENT:
+    case ENOTDIR: return ERROR_PATH_NOT_FOUND;
+    case EACCES:
+    case EPERM: return ERROR_ACCESS_DENIED;
     case ENAMETOOLONG: return ERROR_INVALID_NAME;
     default: return ERROR_PATH_NOT_FOUND;
   }
@@ -84,7 +88,8 @@ class Search : public tarnix::posix::KernelObject {
     std::memset(data, 0, sizeof(*data));
     struct stat info;
     const std::string path = folder_ + "/" + rawName;
-    if (stat(path.c_str(), &info) != 0 && lstat(path.c_str(), &info) != 0) std::memset(&info, 0, sizeof(info));
+    if (stat(path.c_str(), &info) != 0 && lstat(path.c_str(), &info) != 0)
+      std::memset(&info, 0, sizeof(info));
     data->dwFileAttributes = AttributesOf(info, rawName);
     data->ftCreationTime = ToFileTime(info.st_ctim);
     data->ftLastAccessTime = ToFileTime(info.st_atim);
@@ -141,7 +146,8 @@ BOOL FindNextFileW(HANDLE hFindFile, LPWIN32_FIND_DATAW lpFindFileData) {
 }
 
 BOOL FindClose(HANDLE hFindFile) {
-  if (tarnix::posix::FindHandleOf<Search>(hFindFile) && tarnix::posix::RemoveHandle(hFindFile)) return TRUE;
+  if (tarnix::posix::FindHandleOf<Search>(hFindFile) && tarnix::posix::RemoveHandle(hFindFile))
+    return TRUE;
   SetLastError(ERROR_INVALID_HANDLE);
   return FALSE;
 }

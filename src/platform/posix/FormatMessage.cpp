@@ -38,7 +38,9 @@ const MessageText kWin32Texts[] = {
     {1010, "The configuration registry key is invalid."},
     {1018, "Illegal operation attempted on a registry key that has been marked for deletion."},
     {1168, "Element not found."},
-    {1231, "The network location cannot be reached. For information about network troubleshooting, see Windows Help."},
+    {1231,
+     "The network location cannot be reached. For information about network troubleshooting, see "
+     "Windows Help."},
     {1460, "This operation returned because the timeout period expired."},
     {5035, "The cluster network is not available for this operation."},
 };
@@ -85,7 +87,8 @@ bool KnownLanguage(DWORD language) {
 
 DWORD FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId,
                      LPWSTR lpBuffer, DWORD nSize, va_list* Arguments) {
-  if (!(dwFlags & FORMAT_MESSAGE_FROM_SYSTEM) || (dwFlags & FORMAT_MESSAGE_FROM_STRING) || !lpBuffer) {
+  if (!(dwFlags & FORMAT_MESSAGE_FROM_SYSTEM) || (dwFlags & FORMAT_MESSAGE_FROM_STRING) ||
+      !lpBuffer) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }

@@ -24,7 +24,8 @@ LPVOID HeapReAlloc(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem, SIZE_T dwBytes) {
   // The block's usable size stands for its old size: the C heap keeps no other.
   const SIZE_T before = malloc_usable_size(lpMem);
   auto* block = static_cast<char*>(std::realloc(lpMem, dwBytes ? dwBytes : 1));
-  if (block && (dwFlags & HEAP_ZERO_MEMORY) && dwBytes > before) std::memset(block + before, 0, dwBytes - before);
+  if (block && (dwFlags & HEAP_ZERO_MEMORY) && dwBytes > before)
+    std::memset(block + before, 0, dwBytes - before);
   return block;
 }
 

@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr double kMinDate = -657434.0;          // 1 January 100
+constexpr double kMinDate = -657434.0;           // 1 January 100
 constexpr double kMaxDateExclusive = 2958466.0;  // 1 January 10000
 constexpr int64_t kSecondsPerDay = 86400;
 constexpr int64_t kTicksPerSecond = 10000000;
 // Days from 1 January 1970 back to the two epochs.
-constexpr int64_t kOleEpochDays = -25569;     // 30 December 1899
+constexpr int64_t kOleEpochDays = -25569;        // 30 December 1899
 constexpr int64_t kFileTimeEpochDays = -134774;  // 1 January 1601
 
 // Days since 1 January 1970 of a proleptic Gregorian date (H. Hinnant's algorithm).
@@ -100,7 +100,8 @@ INT VariantTimeToSystemTime(DOUBLE vtime, LPSYSTEMTIME lpSystemTime) {
 INT SystemTimeToVariantTime(LPSYSTEMTIME lpSystemTime, DOUBLE* pvtime) {
   if (!lpSystemTime || !pvtime || !ValidSystemTime(*lpSystemTime, 100, 9999)) return FALSE;
   const SYSTEMTIME& st = *lpSystemTime;
-  const double days = static_cast<double>(DaysFromCivil(st.wYear, st.wMonth, st.wDay) - kOleEpochDays);
+  const double days =
+      static_cast<double>(DaysFromCivil(st.wYear, st.wMonth, st.wDay) - kOleEpochDays);
   const double fraction = (st.wHour * 3600.0 + st.wMinute * 60.0 + st.wSecond) / kSecondsPerDay;
   *pvtime = days >= 0 ? days + fraction : days - fraction;
   return TRUE;
@@ -145,13 +146,15 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime)
 
 BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime) {
   if (!lpFileTime || !lpSystemTime) return FALSE;
-  const uint64_t ticks = (static_cast<uint64_t>(lpFileTime->dwHighDateTime) << 32) | lpFileTime->dwLowDateTime;
+  const uint64_t ticks =
+      (static_cast<uint64_t>(lpFileTime->dwHighDateTime) << 32) | lpFileTime->dwLowDateTime;
   if (ticks >= 0x8000000000000000ull) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
   }
   const int64_t seconds = static_cast<int64_t>(ticks / kTicksPerSecond);
-  FillSystemTime(seconds / kSecondsPerDay + kFileTimeEpochDays, seconds % kSecondsPerDay, lpSystemTime);
+  FillSystemTime(seconds / kSecondsPerDay + kFileTimeEpochDays, seconds % kSecondsPerDay,
+                 lpSystemTime);
   lpSystemTime->wMilliseconds = static_cast<WORD>(ticks % kTicksPerSecond / 10000);
   return TRUE;
 }
@@ -159,8 +162,9 @@ BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime)
 void GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime) {
   if (!lpSystemTimeAsFileTime) return;
   const auto since1970 = std::chrono::system_clock::now().time_since_epoch();
-  const int64_t ticks = std::chrono::duration_cast<std::chrono::nanoseconds>(since1970).count() / 100 -
-                        kFileTimeEpochDays * kSecondsPerDay * kTicksPerSecond;
+  const int64_t ticks =
+      std::chrono::duration_cast<std::chrono::nanoseconds>(since1970).count() / 100 -
+      kFileTimeEpochDays * kSecondsPerDay * kTicksPerSecond;
   lpSystemTimeAsFileTime->dwLowDateTime = static_cast<DWORD>(ticks);
   lpSystemTimeAsFileTime->dwHighDateTime = static_cast<DWORD>(static_cast<uint64_t>(ticks) >> 32);
 }

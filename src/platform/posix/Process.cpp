@@ -13,7 +13,8 @@ DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
 
 ULONGLONG GetTickCount64() {
   const auto since = std::chrono::steady_clock::now().time_since_epoch();
-  return static_cast<ULONGLONG>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
+  return static_cast<ULONGLONG>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
 }
 
 DWORD GetTickCount() { return static_cast<DWORD>(GetTickCount64()); }

@@ -116,7 +116,8 @@ bool ReadHexBytes(const WString& text, std::vector<BYTE>* out) {
 
 bool StartsWith(const WString& text, size_t pos, const char* prefix) {
   for (size_t k = 0; prefix[k]; ++k) {
-    if (pos + k >= text.size() || FoldCase(text[pos + k]) != FoldCase(static_cast<WCHAR>(prefix[k])))
+    if (pos + k >= text.size() ||
+        FoldCase(text[pos + k]) != FoldCase(static_cast<WCHAR>(prefix[k])))
       return false;
   }
   return true;
@@ -149,7 +150,8 @@ class Parser {
     for (size_t k = 0; k < lines.size(); ++k) {
       WString line = Trim(lines[k]);
       // A hex list may go on over several lines, each but the last ending in a backslash.
-      while (IsHexValueLine(line) && !line.empty() && line.back() == u'\\' && k + 1 < lines.size()) {
+      while (IsHexValueLine(line) && !line.empty() && line.back() == u'\\' &&
+             k + 1 < lines.size()) {
         line.pop_back();
         line += Trim(lines[++k]);
       }
@@ -199,7 +201,8 @@ class Parser {
   }
 
   std::shared_ptr<RegNode> RootNamed(const WString& name) {
-    if (EqualsFolded(name, Utf8ToWide("HKEY_CLASSES_ROOT")) || EqualsFolded(name, Utf8ToWide("HKCR")))
+    if (EqualsFolded(name, Utf8ToWide("HKEY_CLASSES_ROOT")) ||
+        EqualsFolded(name, Utf8ToWide("HKCR")))
       return hive_.Root(HKEY_CLASSES_ROOT);
     for (const auto& root : RegRoots()) {
       if (EqualsFolded(name, Utf8ToWide(root.name)) ||
@@ -231,7 +234,8 @@ class Parser {
       WString text;
       if (!ReadQuoted(data, &end, &text) || !Trim(data.substr(end)).empty()) return false;
       text.push_back(0);
-      current_->SetValue(name, REG_SZ, reinterpret_cast<const BYTE*>(text.data()), text.size() * sizeof(WCHAR));
+      current_->SetValue(name, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
+                         text.size() * sizeof(WCHAR));
       return true;
     }
     if (StartsWith(data, 0, "dword:")) {
@@ -250,7 +254,8 @@ class Parser {
     size_t colon = 3;
     if (data.size() > 3 && data[3] == u'(') {
       const size_t close = data.find(u')', 4);
-      if (close == WString::npos || !ReadHexNumber(data.substr(4, close - 4), &type, 8)) return false;
+      if (close == WString::npos || !ReadHexNumber(data.substr(4, close - 4), &type, 8))
+        return false;
       colon = close + 1;
     }
     if (colon >= data.size() || data[colon] != u':') return false;
@@ -281,7 +286,8 @@ bool QuotableText(const RegValue& value, WString* text) {
   if (value.type != REG_SZ || value.data.size() < 2 || value.data.size() % 2) return false;
   text->assign(value.data.size() / 2 - 1, WCHAR());
   if (!text->empty()) std::memcpy(&(*text)[0], value.data.data(), text->size() * sizeof(WCHAR));
-  if (value.data[value.data.size() - 1] != 0 || value.data[value.data.size() - 2] != 0) return false;
+  if (value.data[value.data.size() - 1] != 0 || value.data[value.data.size() - 2] != 0)
+    return false;
   for (WCHAR c : *text) {
     if (c == 0 || c == u'\r' || c == u'\n' || (c >= 0xD800 && c <= 0xDFFF)) return false;
   }
@@ -332,7 +338,8 @@ void WriteKey(const RegNode& node, const std::string& path, bool isRoot, std::st
     for (const RegValue& value : node.values) *out += ValueLine(value) + "\n";
     *out += "\n";
   }
-  for (const auto& child : node.subkeys) WriteKey(*child, path + "\\" + WideToUtf8(child->name), false, out);
+  for (const auto& child : node.subkeys)
+    WriteKey(*child, path + "\\" + WideToUtf8(child->name), false, out);
 }
 
 }  // namespace
@@ -344,7 +351,8 @@ size_t ParseRegText(const std::string& bytes, RegHive& hive, bool* wasUtf16) {
 std::string FormatRegText(RegHive& hive, bool asUtf16) {
   std::string text = std::string(kHeader) + "\n\n";
   for (const auto& root : RegRoots()) {
-    if (std::shared_ptr<RegNode> node = hive.Root(root.handle)) WriteKey(*node, root.name, true, &text);
+    if (std::shared_ptr<RegNode> node = hive.Root(root.handle))
+      WriteKey(*node, root.name, true, &text);
   }
   if (!asUtf16) return text;
   const WString wide = Utf8ToWide(text);

@@ -220,7 +220,8 @@ bool TypeAllowed(DWORD type, DWORD size, DWORD flags) {
   switch (type) {
     case REG_NONE: return flags & RRF_RT_REG_NONE;
     case REG_SZ: return flags & RRF_RT_REG_SZ;
-    case REG_EXPAND_SZ: return flags & ((flags & RRF_NOEXPAND) ? RRF_RT_REG_EXPAND_SZ : RRF_RT_REG_SZ);
+    case REG_EXPAND_SZ:
+      return flags & ((flags & RRF_NOEXPAND) ? RRF_RT_REG_EXPAND_SZ : RRF_RT_REG_SZ);
     case REG_MULTI_SZ: return flags & RRF_RT_REG_MULTI_SZ;
     case REG_DWORD: return flags & RRF_RT_REG_DWORD;
     case REG_QWORD: return flags & RRF_RT_REG_QWORD;
@@ -252,10 +253,10 @@ WString ExpandEnvironment(const WString& text) {
 
 }  // namespace
 
-LSTATUS RegGetValueW(HKEY hkey, LPCWSTR lpSubKey, LPCWSTR lpValue, DWORD dwFlags,
-                     LPDWORD pdwType, PVOID pvData, LPDWORD pcbData) {
-  if ((pvData && !pcbData) ||
-      ((dwFlags & RRF_RT_REG_EXPAND_SZ) && !(dwFlags & RRF_NOEXPAND) && (dwFlags & RRF_RT_ANY) != RRF_RT_ANY))
+LSTATUS RegGetValueW(HKEY hkey, LPCWSTR lpSubKey, LPCWSTR lpValue, DWORD dwFlags, LPDWORD pdwType,
+                     PVOID pvData, LPDWORD pcbData) {
+  if ((pvData && !pcbData) || ((dwFlags & RRF_RT_REG_EXPAND_SZ) && !(dwFlags & RRF_NOEXPAND) &&
+                               (dwFlags & RRF_RT_ANY) != RRF_RT_ANY))
     return ERROR_INVALID_PARAMETER;
   const DWORD capacity = pcbData ? *pcbData : 0;
   HKEY key = hkey;
@@ -273,7 +274,8 @@ LSTATUS RegGetValueW(HKEY hkey, LPCWSTR lpSubKey, LPCWSTR lpValue, DWORD dwFlags
   }
   if (key != hkey) RegCloseKey(key);
   if (result == ERROR_SUCCESS && !TypeAllowed(type, size, dwFlags)) result = ERROR_UNSUPPORTED_TYPE;
-  if (result == ERROR_SUCCESS && (type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ)) {
+  if (result == ERROR_SUCCESS &&
+      (type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ)) {
     WString text(data.size() / sizeof(WCHAR), WCHAR());
     if (!text.empty()) std::memcpy(&text[0], data.data(), text.size() * sizeof(WCHAR));
     if (type == REG_EXPAND_SZ && !(dwFlags & RRF_NOEXPAND)) {

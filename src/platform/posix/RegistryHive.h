@@ -21,7 +21,7 @@ struct RegNode {
   WString name;
   bool isVolatile = false;
   bool deleted = false;
-  std::vector<RegValue> values;                  // in the order they were first set
+  std::vector<RegValue> values;                   // in the order they were first set
   std::vector<std::shared_ptr<RegNode>> subkeys;  // sorted by name, ignoring case
 
   std::shared_ptr<RegNode> FindSubkey(const WString& name) const;

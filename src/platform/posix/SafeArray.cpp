@@ -26,16 +26,43 @@ IRecordInfo* RecordInfoOf(SAFEARRAY* psa) {
 bool ElementTraits(VARTYPE vt, ULONG* size, USHORT* features) {
   *features = FADF_HAVEVARTYPE;
   switch (vt) {
-    case VT_I1: case VT_UI1: *size = 1; return true;
-    case VT_I2: case VT_UI2: case VT_BOOL: *size = 2; return true;
-    case VT_I4: case VT_UI4: case VT_INT: case VT_UINT: case VT_R4: case VT_ERROR: *size = 4; return true;
-    case VT_I8: case VT_UI8: case VT_R8: case VT_CY: case VT_DATE: *size = 8; return true;
+    case VT_I1:
+    case VT_UI1: *size = 1; return true;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL: *size = 2; return true;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR: *size = 4; return true;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE: *size = 8; return true;
     case VT_DECIMAL: *size = 16; return true;
-    case VT_BSTR: *size = sizeof(BSTR); *features |= FADF_BSTR; return true;
-    case VT_VARIANT: *size = sizeof(VARIANT); *features |= FADF_VARIANT; return true;
-    case VT_UNKNOWN: *size = sizeof(IUnknown*); *features = FADF_HAVEIID | FADF_UNKNOWN; return true;
-    case VT_DISPATCH: *size = sizeof(IDispatch*); *features = FADF_HAVEIID | FADF_DISPATCH; return true;
-    case VT_RECORD: *size = 0; *features = FADF_RECORD; return true;
+    case VT_BSTR:
+      *size = sizeof(BSTR);
+      *features |= FADF_BSTR;
+      return true;
+    case VT_VARIANT:
+      *size = sizeof(VARIANT);
+      *features |= FADF_VARIANT;
+      return true;
+    case VT_UNKNOWN:
+      *size = sizeof(IUnknown*);
+      *features = FADF_HAVEIID | FADF_UNKNOWN;
+      return true;
+    case VT_DISPATCH:
+      *size = sizeof(IDispatch*);
+      *features = FADF_HAVEIID | FADF_DISPATCH;
+      return true;
+    case VT_RECORD:
+      *size = 0;
+      *features = FADF_RECORD;
+      return true;
     default: return false;
   }
 }
@@ -107,10 +134,12 @@ HRESULT CellOffset(SAFEARRAY* psa, const LONG* indices, uint64_t* offset) {
 }
 
 // `bounds` in dimension order (dimension 1 first), as callers give them.
-SAFEARRAY* Create(VARTYPE vt, UINT cDims, const SAFEARRAYBOUND* bounds, PVOID pvExtra, bool vector) {
+SAFEARRAY* Create(VARTYPE vt, UINT cDims, const SAFEARRAYBOUND* bounds, PVOID pvExtra,
+                  bool vector) {
   ULONG size = 0;
   USHORT features = 0;
-  if (cDims == 0 || cDims > 0xFFFF || !bounds || !ElementTraits(vt, &size, &features)) return nullptr;
+  if (cDims == 0 || cDims > 0xFFFF || !bounds || !ElementTraits(vt, &size, &features))
+    return nullptr;
   IRecordInfo* info = nullptr;
   if (vt == VT_RECORD) {
     info = static_cast<IRecordInfo*>(pvExtra);

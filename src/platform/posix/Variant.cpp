@@ -11,17 +11,30 @@ bool IsValidVariantType(VARTYPE vt) {
   const VARTYPE base = vt & VT_TYPEMASK;
   switch (base) {
     case VT_EMPTY:
-    case VT_NULL:
-      return (vt & (VT_ARRAY | VT_BYREF)) == 0;
-    case VT_VARIANT:
-      return (vt & (VT_ARRAY | VT_BYREF)) != 0;
-    case VT_I2: case VT_I4: case VT_R4: case VT_R8: case VT_CY: case VT_DATE: case VT_BSTR:
-    case VT_DISPATCH: case VT_ERROR: case VT_BOOL: case VT_UNKNOWN: case VT_DECIMAL:
-    case VT_I1: case VT_UI1: case VT_UI2: case VT_UI4: case VT_I8: case VT_UI8: case VT_INT:
-    case VT_UINT: case VT_RECORD:
-      return true;
-    default:
-      return false;
+    case VT_NULL: return (vt & (VT_ARRAY | VT_BYREF)) == 0;
+    case VT_VARIANT: return (vt & (VT_ARRAY | VT_BYREF)) != 0;
+    case VT_I2:
+    case VT_I4:
+    case VT_R4:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE:
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_ERROR:
+    case VT_BOOL:
+    case VT_UNKNOWN:
+    case VT_DECIMAL:
+    case VT_I1:
+    case VT_UI1:
+    case VT_UI2:
+    case VT_UI4:
+    case VT_I8:
+    case VT_UI8:
+    case VT_INT:
+    case VT_UINT:
+    case VT_RECORD: return true;
+    default: return false;
   }
 }
 
@@ -44,9 +57,7 @@ HRESULT VariantClear(VARIANTARG* pvarg) {
       }
     } else {
       switch (pvarg->vt) {
-        case VT_BSTR:
-          SysFreeString(pvarg->bstrVal);
-          break;
+        case VT_BSTR: SysFreeString(pvarg->bstrVal); break;
         case VT_UNKNOWN:
         case VT_DISPATCH:
           if (pvarg->punkVal) pvarg->punkVal->Release();
@@ -59,8 +70,7 @@ HRESULT VariantClear(VARIANTARG* pvarg) {
             pvarg->pRecInfo->Release();
           }
           break;
-        default:
-          break;
+        default: break;
       }
     }
   }
@@ -122,7 +132,9 @@ WCHAR BaseLetter(WCHAR c) {
   static const char kBases[] = "AAAAAAACEEEEIIIIDNOOOOO*OUUUUYTsaaaaaaaceeeeiiiidnooooo/ouuuuyty";
   if (c < 0xC0 || c > 0xFF) return c;
   const char base = kBases[c - 0xC0];
-  return (base == '*' || base == '/' || base == 'T' || base == 't' || base == 's') ? c : static_cast<WCHAR>(base);
+  return (base == '*' || base == '/' || base == 'T' || base == 't' || base == 's')
+             ? c
+             : static_cast<WCHAR>(base);
 }
 
 uint32_t PrimaryWeight(WCHAR c) {
@@ -161,8 +173,10 @@ int Collate(const WCHAR* a, size_t an, const WCHAR* b, size_t bn, bool ignoreCas
   if (order == 0) {
     // Only the hyphens and apostrophes differ: more of them sorts later.
     std::u16string ignoredA, ignoredB;
-    for (size_t k = 0; k < an; ++k) if (Ignorable(a[k])) ignoredA.push_back(a[k]);
-    for (size_t k = 0; k < bn; ++k) if (Ignorable(b[k])) ignoredB.push_back(b[k]);
+    for (size_t k = 0; k < an; ++k)
+      if (Ignorable(a[k])) ignoredA.push_back(a[k]);
+    for (size_t k = 0; k < bn; ++k)
+      if (Ignorable(b[k])) ignoredB.push_back(b[k]);
     order = ignoredA.size() != ignoredB.size() ? (ignoredA.size() < ignoredB.size() ? -1 : 1)
                                                : ignoredA.compare(ignoredB);
   }
@@ -173,8 +187,8 @@ int Collate(const WCHAR* a, size_t an, const WCHAR* b, size_t bn, bool ignoreCas
 
 HRESULT VarBstrCmp(BSTR bstrLeft, BSTR bstrRight, LCID lcid, ULONG dwFlags) {
   const WCHAR empty = 0;
-  const int order = Collate(bstrLeft ? bstrLeft : &empty, SysStringLen(bstrLeft),
-                            bstrRight ? bstrRight : &empty, SysStringLen(bstrRight),
-                            (dwFlags & NORM_IGNORECASE) != 0);
+  const int order =
+      Collate(bstrLeft ? bstrLeft : &empty, SysStringLen(bstrLeft), bstrRight ? bstrRight : &empty,
+              SysStringLen(bstrRight), (dwFlags & NORM_IGNORECASE) != 0);
   return order < 0 ? VARCMP_LT : (order > 0 ? VARCMP_GT : VARCMP_EQ);
 }

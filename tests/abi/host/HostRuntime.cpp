@@ -118,9 +118,7 @@ void CheckCode(LONG actual, LONG expected, const char* what) {
   Print("\n");
 }
 
-void CheckCount(long actual, long expected, const char* what) {
-  CheckCode(actual, expected, what);
-}
+void CheckCount(long actual, long expected, const char* what) { CheckCode(actual, expected, what); }
 
 void CheckText(const WCHAR* actual, const WCHAR* expected, const char* what) {
   if (Same(actual, expected)) return;

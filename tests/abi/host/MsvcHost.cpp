@@ -133,8 +133,8 @@ void CheckFirstDumpData(Host& host, CRMICommManager& manager) {
 
 void CheckRefusedDumpData(Host& host, CRMICommManager& manager) {
   host.logger.Clear();
-  CheckCode(manager.DumpData<IUnknown>(kUrl, L"second", kCertificate, kNumber, eSample, nullptr), E_FAIL,
-            "DumpData after the failed start-up");
+  CheckCode(manager.DumpData<IUnknown>(kUrl, L"second", kCertificate, kNumber, eSample, nullptr),
+            E_FAIL, "DumpData after the failed start-up");
   host.logger.CheckCount(2, "a refused DumpData logs two lines");
   CheckText(host.logger.Line(0).message,
             L"Failed to SetCurrentServerConfig in long __cdecl "

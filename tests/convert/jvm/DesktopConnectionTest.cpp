@@ -27,8 +27,7 @@ TEST_F(DesktopConnectionTest, DesktopOnlyForTrueAndANewObjectEveryTime) {
 
   for (VARIANT_BOOL flag : {VARIANT_BOOL{1}, VARIANT_BOOL{0}, VARIANT_BOOL{2}}) {
     SystemInfo().SetDesktopFlag(flag);
-    EXPECT_NE(Describe(Convert(LoggerRef().Get())).find("deviceType=\"SERVER\""),
-              std::string::npos)
+    EXPECT_NE(Describe(Convert(LoggerRef().Get())).find("deviceType=\"SERVER\""), std::string::npos)
         << flag;
   }
   EXPECT_NE(Describe(GetDesktopConnection(nullptr, VmRef(), {}, nullptr)).find("\"SERVER\""),
@@ -60,7 +59,8 @@ TEST_F(DesktopConnectionTest, FailuresNeverShowTheTokenOrTheUniqueId) {
   const std::vector<std::string> lines = Lines(LogOperation::Error);
   ASSERT_EQ(lines.size(), 3u) << Logger().Dump();
   // Thrown from native code, the exception has no frames to list.
-  EXPECT_EQ(lines[1], "Failed to create a new Java string.  java.lang.IllegalStateException: earlier");
+  EXPECT_EQ(lines[1],
+            "Failed to create a new Java string.  java.lang.IllegalStateException: earlier");
   EXPECT_EQ(lines[2],
             "Failed to create a new Java string for visible.  "
             "java.lang.IllegalStateException: earlier");

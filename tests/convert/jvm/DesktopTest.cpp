@@ -123,7 +123,8 @@ TEST_F(DesktopTest, EmptyListsAndFailedObjects) {
   const std::vector<std::string> errors = Lines(LogOperation::Error);
   ASSERT_EQ(errors.size(), 4u) << Logger().Dump();
   for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(EndsWithException(errors[i], "Failed to create a new Java network interface object.  ",
+    EXPECT_TRUE(EndsWithException(errors[i],
+                                  "Failed to create a new Java network interface object.  ",
                                   "java.lang.IllegalStateException: no adapter"));
   }
   EXPECT_TRUE(EndsWithException(errors[3], "Failed to create a new Java desktop object.  ",

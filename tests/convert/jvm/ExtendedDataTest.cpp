@@ -65,8 +65,8 @@ TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
 TEST_F(ExtendedDataTest, MetricsCarryTheirInstances) {
   auto disk = MakeFake<FakeEnumerator>();
   disk->Add(WSTR("C:"), I4(10)).Add(WSTR("D:"), R8(2.5)).Add(WSTR("E:"), Bool(false));
-  auto net = MakeFake<FakeEnumerator>();           // a metric without instances
-  auto notAnEnumerator = MakeFake<FakeSample>();    // an object without the enumerator
+  auto net = MakeFake<FakeEnumerator>();          // a metric without instances
+  auto notAnEnumerator = MakeFake<FakeSample>();  // an object without the enumerator
   auto metrics = MakeFake<FakeEnumerator>();
   metrics->Add(WSTR("disk"), Object(disk.Get()))
       .Add(WSTR("net"), Object(net.Get()))
@@ -80,8 +80,7 @@ TEST_F(ExtendedDataTest, MetricsCarryTheirInstances) {
             "BaseMetric{name=\"C:\", value=long 10}, BaseMetric{name=\"D:\", value=double 2.5}]}, "
             "BaseMetric{name=\"net\", value=none}, BaseMetric{name=\"odd\", value=none}], "
             "sessions=[]}");
-  EXPECT_EQ(Lines(LogOperation::Error),
-            std::vector<std::string>{"Invalid type for metric 'E:'."});
+  EXPECT_EQ(Lines(LogOperation::Error), std::vector<std::string>{"Invalid type for metric 'E:'."});
   EXPECT_EQ(sample->MetricsReads(), 0);
 }
 
@@ -98,10 +97,11 @@ TEST_F(ExtendedDataTest, TheSampleGoesWithWhatWentIn) {
   Java().ThrowOnHit("BaseSample.putMetric", 2, "java.lang.IllegalStateException", "no second");
 
   // The instances enumerator is shared and spent by the first metric: the others get none.
-  EXPECT_EQ(Describe(Convertor().GetExtendedSample(VmRef(), sample.Get(), metrics.Get())),
-            "BaseSample{time=946684800000, metrics=["
-            "BaseMetric{name=\"first\", value=none, instances=[BaseMetric{name=\"x\", value=long 1}]}, "
-            "BaseMetric{name=\"third\", value=none}], sessions=[]}");
+  EXPECT_EQ(
+      Describe(Convertor().GetExtendedSample(VmRef(), sample.Get(), metrics.Get())),
+      "BaseSample{time=946684800000, metrics=["
+      "BaseMetric{name=\"first\", value=none, instances=[BaseMetric{name=\"x\", value=long 1}]}, "
+      "BaseMetric{name=\"third\", value=none}], sessions=[]}");
   const std::vector<std::string> errors = Lines(LogOperation::Error);
   ASSERT_EQ(errors.size(), 3u) << Logger().Dump();
   EXPECT_TRUE(EndsWithException(errors[0], "Failed to add instance 'y' to metric 'first'.  ",

@@ -55,8 +55,8 @@ TEST_F(MetricTest, EachAcceptedTypeGoesAsLongDoubleOrTextAndTheRestAreRefused) {
             "BaseMetric{name=\"r8\", value=double 0.1}, "
             "BaseMetric{name=\"text\", value=string \"busy\"}], sessions=[]}");
   std::vector<std::string> expected;
-  for (const char* name : {"bool", "empty", "null", "i1", "ui1", "int", "uint", "date", "cy",
-                           "error", "byref"}) {
+  for (const char* name :
+       {"bool", "empty", "null", "i1", "ui1", "int", "uint", "date", "cy", "error", "byref"}) {
     expected.push_back(std::string("Invalid type for metric '") + name + "'.");
   }
   EXPECT_EQ(Lines(LogOperation::Error), expected);
@@ -83,9 +83,9 @@ TEST_F(MetricTest, AMetricThatCannotBeValuedOrPutIsLeftOutAlone) {
   ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
   EXPECT_TRUE(EndsWithException(errors[0], "Failed to set the value for metric 'b'.  ",
                                 "java.lang.ArithmeticException: overflow"));
-  EXPECT_TRUE(EndsWithException(
-      errors[1], "Failed to add metric 'c' to sample '" + Label(kUnixEpoch) + "'.  ",
-      "java.lang.IllegalStateException: full"));
+  EXPECT_TRUE(EndsWithException(errors[1],
+                                "Failed to add metric 'c' to sample '" + Label(kUnixEpoch) + "'.  ",
+                                "java.lang.IllegalStateException: full"));
   EXPECT_EQ(sample->TimeReads(), 1);  // only for the message's label
 }
 

@@ -35,12 +35,12 @@ TEST_F(RemoteAppTest, OnlyApplicationsWithMetricsAreAddedAndAnnounced) {
   Convertor().PutRemoteApps(VmRef(), *session, instance.Get());
 
   EXPECT_EQ(instance->CollectionsAsked(), std::vector<WString>{WSTR("remoteApps")});
-  EXPECT_NE(Describe(session).find(
-                "remoteApps=[BaseRemoteApp{id=\"editor\", properties={}, metrics=["
-                "BaseMetric{name=\"cpu\", value=long 12}, "
-                "BaseMetric{name=\"title\", value=string \"notes.txt\"}]}, "
-                "BaseRemoteApp{id=\"unreadable\", properties={}, metrics=[]}]"),
-            std::string::npos)
+  EXPECT_NE(
+      Describe(session).find("remoteApps=[BaseRemoteApp{id=\"editor\", properties={}, metrics=["
+                             "BaseMetric{name=\"cpu\", value=long 12}, "
+                             "BaseMetric{name=\"title\", value=string \"notes.txt\"}]}, "
+                             "BaseRemoteApp{id=\"unreadable\", properties={}, metrics=[]}]"),
+      std::string::npos)
       << Describe(session);
   EXPECT_EQ(Lines(LogOperation::Level),
             (std::vector<std::string>{"Adding remote app to sample: 'editor'",
@@ -65,8 +65,9 @@ TEST_F(RemoteAppTest, NoApplicationsOrAnUnreadableListLeaveTheSessionWithout) {
   unreadable->FailCollections(kHostFailure);
   Convertor().PutRemoteApps(VmRef(), *session, unreadable.Get());
   // The sample's own wording, which the host's readers know.
-  EXPECT_EQ(Lines(LogOperation::Error),
-            std::vector<std::string>{"Failed to get instances from sample  Error code 0x80041234."});
+  EXPECT_EQ(
+      Lines(LogOperation::Error),
+      std::vector<std::string>{"Failed to get instances from sample  Error code 0x80041234."});
 
   auto app = MakeFake<FakeSample>();
   app->AddMetric(WSTR("cpu"), I4(1));

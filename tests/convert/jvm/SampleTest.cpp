@@ -40,7 +40,7 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
   sample->AddMetric(WSTR("cpu"), I4(37))
       .AddMetric(WSTR("memory"), R8(0.5))
       .AddInstance(WSTR("1"), annInstance.Get())
-      .AddInstance(WSTR("9"), goneInstance.Get())         // the host no longer knows session 9
+      .AddInstance(WSTR("9"), goneInstance.Get())           // the host no longer knows session 9
       .AddInstance(WSTR("console"), consoleInstance.Get())  // no number: session 0
       .AddInstance(WSTR("2"), bobInstance.Get());
   Java().ThrowOnHit("BaseSample.putSession", 2, "java.lang.IllegalStateException", "too late");
@@ -62,10 +62,9 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
   EXPECT_EQ(sessions_->Asked(), (std::vector<LONG>{1, 9, 0, 2}));
   EXPECT_EQ(sample->LastMetricsFlag(), 1);
   EXPECT_EQ(Lines(LogOperation::Level),
-            (std::vector<std::string>{"Adding remote app to sample: 'editor'",
-                                      "Adding session to sample: '1'",
-                                      "Adding session to sample: 'console'",
-                                      "Adding session to sample: '2'"}));
+            (std::vector<std::string>{
+                "Adding remote app to sample: 'editor'", "Adding session to sample: '1'",
+                "Adding session to sample: 'console'", "Adding session to sample: '2'"}));
   for (const LogLine& line : Logger().Lines()) {
     if (line.operation == LogOperation::Level) {
       EXPECT_EQ(line.level, 8);

@@ -21,8 +21,8 @@ TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
       .Add(WSTR("nothing"), Empty())
       .Add(WSTR("missing"), OfType(VT_NULL))  // no text for it: sent as ""
       .Add(WSTR("client"), Text(WSTR("pc-7")));
-  auto bob = MakeFake<FakeUserSession>(8, WSTR("S-1-5-21-8"), WSTR("bob"), WSTR("CORP"),
-                                       VARIANT_TRUE);
+  auto bob =
+      MakeFake<FakeUserSession>(8, WSTR("S-1-5-21-8"), WSTR("bob"), WSTR("CORP"), VARIANT_TRUE);
   auto eve = MakeFake<FakeUserSession>(9, WSTR("S-1-5-21-9"), WSTR("eve"), WSTR("CORP"), 0);
 
   EXPECT_EQ(Describe(Convert(ann)),

@@ -58,10 +58,14 @@ jint JNICALL GetEnv(JavaVM*, void** env, jint) {
   return JNI_EDETACHED;
 }
 
-JNIInvokeInterface_ g_vmTable{nullptr,           nullptr,
-                              nullptr,           DestroyJavaVM,
-                              AttachCurrentThread, DetachCurrentThread,
-                              GetEnv,            AttachCurrentThread};
+JNIInvokeInterface_ g_vmTable{nullptr,
+                              nullptr,
+                              nullptr,
+                              DestroyJavaVM,
+                              AttachCurrentThread,
+                              DetachCurrentThread,
+                              GetEnv,
+                              AttachCurrentThread};
 JavaVM g_vm{&g_vmTable};
 
 bool OptionValue(const char* option, const char* name, std::string& value) {
@@ -94,7 +98,8 @@ jint ResultOption(const JavaVMInitArgs* args) {
 }
 
 void Record(const JavaVMInitArgs* args) {
-  for (jint i = 0; args->options && i < args->nOptions; ++i) ApplyOption(args->options[i].optionString);
+  for (jint i = 0; args->options && i < args->nOptions; ++i)
+    ApplyOption(args->options[i].optionString);
   if (g_record != &g_ownRecord) {
     std::memcpy(g_record->dllDirectoryAtLoad, g_ownRecord.dllDirectoryAtLoad,
                 sizeof g_ownRecord.dllDirectoryAtLoad);

@@ -121,8 +121,7 @@ void JavaControl::ThrowOnHit(const std::string& where, int nth, const std::strin
                              const std::string& message) {
   JNIEnv* env = Env();
   LocalRef<jstring> a(env, Java(where)), b(env, Java(exceptionClass)), c(env, Java(message));
-  CallStatic(kFaults, "throwOnHit",
-             "(Ljava/lang/String;ILjava/lang/String;Ljava/lang/String;)V",
+  CallStatic(kFaults, "throwOnHit", "(Ljava/lang/String;ILjava/lang/String;Ljava/lang/String;)V",
              {Object(a.Get()), Int(nth), Object(b.Get()), Object(c.Get())});
 }
 

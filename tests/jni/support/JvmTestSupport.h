@@ -51,8 +51,8 @@ class JavaControl {
   JNIEnv* Env();
   void CallStatic(const char* className, const char* method, const char* signature,
                   std::vector<jvalue> arguments);
-  std::string CallStaticString(const char* className, const char* method,
-                               const char* signature, std::vector<jvalue> arguments);
+  std::string CallStaticString(const char* className, const char* method, const char* signature,
+                               std::vector<jvalue> arguments);
   jstring Java(const std::string& text);
   std::string Text(jstring string);
 

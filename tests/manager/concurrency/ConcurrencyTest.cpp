@@ -166,9 +166,10 @@ class ManagerConcurrency : public JvmHostTest {
     // The JIT adds compiler threads when the machine is busy, each with a global reference
     // of its own; with a fixed number the JVM's count is the component's to explain.
     const char* options = std::getenv("JAVA_TOOL_OPTIONS");
-    setenv("JAVA_TOOL_OPTIONS",
-           (std::string(options ? options : "") + " -XX:-UseDynamicNumberOfCompilerThreads").c_str(),
-           1);
+    setenv(
+        "JAVA_TOOL_OPTIONS",
+        (std::string(options ? options : "") + " -XX:-UseDynamicNumberOfCompilerThreads").c_str(),
+        1);
     WriteSettings({});
     hostsim::DescribeDesktop(SystemInfo());
     registry_.Own(HKEY_LOCAL_MACHINE, kLegacyKey);

@@ -116,10 +116,9 @@ TEST_F(ManagerDispatch, AClientDescriptionJavaCannotHoldEndsTheCallSilently) {
 TEST_F(ManagerDispatch, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
   ASSERT_EQ(manager_->Initialize(), S_OK);
   CJavaVM& machine = *manager_->GetJavaVM();
-  static constexpr MethodEntry kBuilder[] = {
-      {"ctor()", "<init>", "()V"},
-      {"append", "append", "(I)Ljava/lang/StringBuilder;"},
-      {"toString", "toString", "()Ljava/lang/String;"}};
+  static constexpr MethodEntry kBuilder[] = {{"ctor()", "<init>", "()V"},
+                                             {"append", "append", "(I)Ljava/lang/StringBuilder;"},
+                                             {"toString", "toString", "()Ljava/lang/String;"}};
   static constexpr auto ctor = tarnix::ConstructorOf<void()>(kBuilder, "ctor()");
   static constexpr auto append = tarnix::MethodOf<jobject(jint)>(kBuilder, "append");
   static constexpr auto toString = tarnix::MethodOf<jstring()>(kBuilder, "toString");

@@ -468,8 +468,8 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
 // constructors threw. Many such calls leave its local references as they were.
 TEST_F(JavaClientFailures, ConstructorsThatThrowLeaveTheStartingThreadsReferencesAsTheyWere) {
   SystemInfo().SetNetworkInterfaces([] {
-    return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"),
-                              W("255.255.255.0"), W("10.0.0.0"), 1000}});
+    return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"), W("255.255.255.0"),
+                              W("10.0.0.0"), 1000}});
   });
   ASSERT_EQ(manager_->Initialize(), S_OK) << Logger().Dump();
   JavaControl java(*manager_->GetJavaVM());

@@ -106,9 +106,9 @@ TEST_F(ManagerLifetime, ACallFromInsideStartUpIsRefusedAndStartUpGoesOn) {
 
   EXPECT_EQ(started, S_OK) << Logger().Dump();
   EXPECT_EQ(nested, E_FAIL);
-  EXPECT_EQ(Lines(Logger(), LogOperation::Error),
-            std::vector<std::string>{U(messages::kDumpDataConfigFailed) +
-                                     U(ResultCodeSuffix(E_FAIL))});
+  EXPECT_EQ(
+      Lines(Logger(), LogOperation::Error),
+      std::vector<std::string>{U(messages::kDumpDataConfigFailed) + U(ResultCodeSuffix(E_FAIL))});
   const auto calls = RawJava().Calls();
   EXPECT_EQ(Count(calls, "DesktopMessageClient()"), 1u);
   ASSERT_FALSE(calls.empty());

@@ -8,10 +8,17 @@ namespace {
 std::string Narrow(const WString& text) { return std::string(text.begin(), text.end()); }
 
 TEST(DataTypeName, NamesEveryByteValue) {
-  const char* named[] = {"eUserSessionStart",     "eUserSessionLogon",     "eUserSessionLogoff",
-                         "eUserSessionRefresh",   "eUserSessionReconnect", "eUserSessionDisconnect",
-                         "eUserSessionEnd",       "eExtendedData",         "eStartup",
-                         "eSample",               "eTraceRoute"};
+  const char* named[] = {"eUserSessionStart",
+                         "eUserSessionLogon",
+                         "eUserSessionLogoff",
+                         "eUserSessionRefresh",
+                         "eUserSessionReconnect",
+                         "eUserSessionDisconnect",
+                         "eUserSessionEnd",
+                         "eExtendedData",
+                         "eStartup",
+                         "eSample",
+                         "eTraceRoute"};
   for (int value = 0; value < 256; ++value) {
     char hex[8];
     std::snprintf(hex, sizeof hex, "0x%x", value);

@@ -27,7 +27,7 @@ thread_local long t_allocationsBeforeFailure = -1;
 // This process's allocations, of which one can be made to fail. (GCC cannot see that
 // every operator new here is malloc.)
 #if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#  pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 #endif
 void* operator new(std::size_t size) {
   if (t_allocationsBeforeFailure >= 0 && t_allocationsBeforeFailure-- == 0) throw std::bad_alloc();

@@ -14,7 +14,9 @@ int main();
 extern "C" {
 int _fltused = 0;
 int _purecall() { ExitProcess(3); }
-int atexit(void (*function)(void)) { return _onexit(reinterpret_cast<_onexit_t>(function)) ? 0 : -1; }
+int atexit(void (*function)(void)) {
+  return _onexit(reinterpret_cast<_onexit_t>(function)) ? 0 : -1;
+}
 // exit, not ExitProcess: msvcrt flushes the console output on the way.
 void mainCRTStartup() { exit(main()); }
 }

@@ -13,7 +13,9 @@ class ComPtr {
   ComPtr() = default;
   ComPtr(std::nullptr_t) {}
   // Takes a new reference of its own.
-  explicit ComPtr(T* p) : p_(p) { if (p_) p_->AddRef(); }
+  explicit ComPtr(T* p) : p_(p) {
+    if (p_) p_->AddRef();
+  }
   ComPtr(const ComPtr& other) : ComPtr(other.p_) {}
   ComPtr(ComPtr&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
   ~ComPtr() { Reset(); }

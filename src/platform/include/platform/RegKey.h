@@ -31,11 +31,12 @@ class RegKey {
     if (result == ERROR_SUCCESS) Attach(key);
     return result;
   }
-  LONG Create(HKEY root, const WCHAR* subkey, REGSAM access, DWORD options = REG_OPTION_NON_VOLATILE) {
+  LONG Create(HKEY root, const WCHAR* subkey, REGSAM access,
+              DWORD options = REG_OPTION_NON_VOLATILE) {
     HKEY key = nullptr;
     DWORD disposition = 0;
-    LONG result = RegCreateKeyExW(root, subkey, 0, nullptr, options, access, nullptr, &key,
-                                  &disposition);
+    LONG result =
+        RegCreateKeyExW(root, subkey, 0, nullptr, options, access, nullptr, &key, &disposition);
     if (result == ERROR_SUCCESS) Attach(key);
     return result;
   }

@@ -14,7 +14,8 @@ class ScopedSafeArray {
   explicit ScopedSafeArray(SAFEARRAY* array) : array_(array) {}
   ScopedSafeArray(const ScopedSafeArray&) = delete;
   ScopedSafeArray& operator=(const ScopedSafeArray&) = delete;
-  ScopedSafeArray(ScopedSafeArray&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
+  ScopedSafeArray(ScopedSafeArray&& other) noexcept
+      : array_(std::exchange(other.array_, nullptr)) {}
   ScopedSafeArray& operator=(ScopedSafeArray&& other) noexcept {
     Reset(other.Release());
     return *this;

@@ -19,9 +19,7 @@ class ScopedVariant {
   }
   ScopedVariant(const ScopedVariant&) = delete;
   ScopedVariant& operator=(const ScopedVariant&) = delete;
-  ScopedVariant(ScopedVariant&& other) noexcept : ScopedVariant() {
-    std::swap(var_, other.var_);
-  }
+  ScopedVariant(ScopedVariant&& other) noexcept : ScopedVariant() { std::swap(var_, other.var_); }
   ScopedVariant& operator=(ScopedVariant&& other) noexcept {
     Reset(other.Release());
     return *this;
