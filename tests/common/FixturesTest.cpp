@@ -2,8 +2,6 @@
 // the fakes answer is checked by the suites that use them.
 #include "fixtures/FakeSystemInfo.h"
 #include "fixtures/RecordingLogger.h"
-#include "fixtures/TestRegistry.h"
-#include "platform/RegKey.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
@@ -41,37 +39,6 @@ TEST(Fixtures, TheLoggerFailsTheTestWhenASecretIsLogged) {
   EXPECT_NONFATAL_FAILURE(log.Error(WSTR("key '%s'"), WSTR("xs3cretx")),
                           "a secret reached the log");
   EXPECT_EQ(logger->Count(), 2u);
-}
-
-TEST(Fixtures, RegistryContentReadsBackAsWritten) {
-  const WString path = WSTR("Software\\tarnix-test\\fixtures");
-  TestRegistry registry;
-  registry.Own(HKEY_CURRENT_USER, WSTR("Software\\tarnix-test"));
-  registry.SetString(HKEY_CURRENT_USER, path, WSTR("text"), WSTR("C:\\a \"b\"\\"));
-  registry.SetString(HKEY_CURRENT_USER, path, WString(), WSTR("default"));
-  registry.SetString(HKEY_CURRENT_USER, path, WSTR("expand"), WSTR("%ProgramFiles%\\x"),
-                     REG_EXPAND_SZ);
-  registry.SetDword(HKEY_CURRENT_USER, path, WSTR("number"), 0x2A);
-  registry.SetRaw(HKEY_CURRENT_USER, path, WSTR("odd"), REG_SZ, {'a', 0, 'b'});
-  registry.Apply();
-
-  RegKey key;
-  ASSERT_EQ(key.Open(HKEY_CURRENT_USER, path.c_str(), KEY_READ), ERROR_SUCCESS);
-  WString text;
-  EXPECT_EQ(key.ReadValue(WSTR("text"), &text), ERROR_SUCCESS);
-  EXPECT_EQ(text, WSTR("C:\\a \"b\"\\"));
-  EXPECT_EQ(key.ReadValue(nullptr, &text), ERROR_SUCCESS);
-  EXPECT_EQ(text, WSTR("default"));
-  EXPECT_EQ(key.ReadValue(WSTR("expand"), &text), ERROR_SUCCESS);
-  EXPECT_EQ(text, WSTR("%ProgramFiles%\\x"));
-  DWORD number = 0;
-  EXPECT_EQ(key.ReadValueDW(WSTR("number"), &number), ERROR_SUCCESS);
-  EXPECT_EQ(number, 0x2Au);
-  std::vector<BYTE> raw;
-  DWORD type = 0;
-  EXPECT_EQ(key.ReadRaw(WSTR("odd"), &raw, &type), ERROR_SUCCESS);
-  EXPECT_EQ(raw, (std::vector<BYTE>{'a', 0, 'b'}));
-  EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
 }
 
 }  // namespace

@@ -40,9 +40,11 @@ TEST(ErrorText, SystemTextIsKeptVerbatimWithItsLineEnd) {
 
 class HostLogTest : public HostTest {};
 
-TEST_F(HostLogTest, FailureLinesCarryTheCodeAfterTheUnchangedPrefix) {
+TEST_F(HostLogTest, EachKindReachesItsOperationAndFailuresCarryTheCodeAfterThePrefix) {
   HostLog log(&Logger());
   const WString text = SystemMessageText(kFileNotFound);
+  // The logger's own answer changes nothing.
+  Logger().SetResult(E_FAIL);
   EXPECT_TRUE(log.ErrorWithCode(kServerInfoPrefix, kFileNotFound));
   EXPECT_TRUE(log.ErrorWithCode(kServerInfoPrefix, kWithoutText));
   // A prefix that already ends in two blanks gets two more.
@@ -52,9 +54,14 @@ TEST_F(HostLogTest, FailureLinesCarryTheCodeAfterTheUnchangedPrefix) {
   EXPECT_TRUE(log.ErrorWithJoinedCode(WSTR("Failed to get action executor"), kWithoutText));
   // A formatted prefix: the arguments fill the prefix only.
   EXPECT_TRUE(log.ErrorWithCode(WSTR("Failed to read '%s'"), kWithoutText, WSTR("100%")));
+  EXPECT_TRUE(
+      log.Error(WSTR("Failed to load class %s.  %s"), WSTR("a/B"), WSTR("java.lang.Error")));
+  EXPECT_TRUE(log.Warning(WSTR("Failed to retrieve the sample at log off.")));
+  EXPECT_TRUE(log.Info(WSTR("Using message server '%s'."), WSTR("rmi://127.0.0.1:1099/x")));
+  EXPECT_TRUE(log.Level8(WSTR("Adding session to sample: '%s'"), WSTR("3")));
 
   const std::vector<LogLine> lines = Logger().Lines();
-  ASSERT_EQ(lines.size(), 6u) << Logger().Dump();
+  ASSERT_EQ(lines.size(), 10u) << Logger().Dump();
   EXPECT_EQ(lines[0].message,
             kServerInfoPrefix + WString(WSTR("  Error code 0x80070002 -- ")) + text);
   EXPECT_EQ(lines[1].message, kServerInfoPrefix + WString(WSTR("  Error code 0x8004dead.")));
@@ -64,29 +71,14 @@ TEST_F(HostLogTest, FailureLinesCarryTheCodeAfterTheUnchangedPrefix) {
   EXPECT_EQ(lines[3].message.rfind(WSTR("Failed to get property boxError code 0x80004005"), 0), 0u);
   EXPECT_EQ(lines[4].message, WSTR("Failed to get action executorError code 0x8004dead."));
   EXPECT_EQ(lines[5].message, WSTR("Failed to read '100%'  Error code 0x8004dead."));
-  for (const LogLine& line : lines) EXPECT_EQ(line.component, WSTR("tarnix-rmi"));
-}
-
-TEST_F(HostLogTest, EachKindOfMessageReachesItsOwnOperation) {
-  HostLog log(&Logger());
-  // The logger's own answer changes nothing.
-  Logger().SetResult(E_FAIL);
-  EXPECT_TRUE(
-      log.Error(WSTR("Failed to load class %s.  %s"), WSTR("a/B"), WSTR("java.lang.Error")));
-  EXPECT_TRUE(log.Warning(WSTR("Failed to retrieve the sample at log off.")));
-  EXPECT_TRUE(log.Info(WSTR("Using message server '%s'."), WSTR("rmi://127.0.0.1:1099/x")));
-  EXPECT_TRUE(log.Level8(WSTR("Adding session to sample: '%s'"), WSTR("3")));
-
-  const std::vector<LogLine> lines = Logger().Lines();
-  ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[0].operation, LogOperation::Error);
-  EXPECT_EQ(lines[0].message, WSTR("Failed to load class a/B.  java.lang.Error"));
-  EXPECT_EQ(lines[1].operation, LogOperation::Warning);
-  EXPECT_EQ(lines[2].operation, LogOperation::Info);
-  EXPECT_EQ(lines[2].message, WSTR("Using message server 'rmi://127.0.0.1:1099/x'."));
-  EXPECT_EQ(lines[3].operation, LogOperation::Level);
-  EXPECT_EQ(lines[3].level, 8);
-  EXPECT_EQ(lines[3].message, WSTR("Adding session to sample: '3'"));
+  EXPECT_EQ(lines[6].operation, LogOperation::Error);
+  EXPECT_EQ(lines[6].message, WSTR("Failed to load class a/B.  java.lang.Error"));
+  EXPECT_EQ(lines[7].operation, LogOperation::Warning);
+  EXPECT_EQ(lines[8].operation, LogOperation::Info);
+  EXPECT_EQ(lines[8].message, WSTR("Using message server 'rmi://127.0.0.1:1099/x'."));
+  EXPECT_EQ(lines[9].operation, LogOperation::Level);
+  EXPECT_EQ(lines[9].level, 8);
+  EXPECT_EQ(lines[9].message, WSTR("Adding session to sample: '3'"));
   for (const LogLine& line : lines) EXPECT_EQ(line.component, WSTR("tarnix-rmi"));
 }
 

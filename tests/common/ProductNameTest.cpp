@@ -8,23 +8,12 @@
 namespace tarnix {
 namespace {
 
-using testing::CommandLineOverride;
-
-struct Case {
-  const WCHAR* commandLine;
-  const WCHAR* name;  // null: the default name
-};
-
-void ExpectNames(std::initializer_list<Case> cases) {
-  for (const Case& c : cases) {
-    CommandLineOverride line(c.commandLine);
-    const WString expected = c.name ? c.name : kDefaultProductName;
-    EXPECT_EQ(GetProductName(), expected) << "command line: " << WideToUtf8(c.commandLine);
-  }
-}
-
-TEST(ProductName, TheOptionNamesTheProduct) {
-  ExpectNames({
+// Each line read in turn in one process, so a name kept from an earlier call shows.
+TEST(ProductName, TheOptionNamesTheProductAndOtherwiseTheFirstWord) {
+  const struct {
+    const WCHAR* commandLine;
+    const WCHAR* name;  // null: the default name
+  } cases[] = {
       {WSTR("agent.exe --product=\"Acme Desk 7\" -x"), WSTR("Acme Desk 7")},
       {WSTR("agent.exe --product=Acme x"), WSTR("Acme")},
       {WSTR("agent.exe --product   Acme  x"), WSTR("Acme")},
@@ -32,51 +21,32 @@ TEST(ProductName, TheOptionNamesTheProduct) {
       {WSTR("agent.exe --product\f\bAcme\fx"), WSTR("Acme")},
       {WSTR("agent.exe --product=Acme\bx"), WSTR("Acme")},
       {WSTR("agent.exe --product \"Acme Desk\" x"), WSTR("Acme Desk")},
-      {WSTR("agent.exe -v --product=Acme"), WSTR("Acme")},
+      {WSTR("agent.exe -v --product=Second"), WSTR("Second")},
       // After "=" nothing is skipped: a blank there leaves the name empty.
       {WSTR("agent.exe --product= Acme"), WSTR("")},
       {WSTR("agent.exe --product="), WSTR("")},
       {WSTR("agent.exe --product=\"\""), WSTR("")},
       // "=" wins over a bare option found earlier on the line.
       {WSTR("a --product x --product=Acme"), WSTR("Acme")},
-  });
-}
-
-TEST(ProductName, TheOptionIsFoundInsideLongerWordsAndCaseMatters) {
-  ExpectNames({
+      // Found inside longer words; case matters.
       {WSTR("agent.exe --productline Acme"), WSTR("line")},
       {WSTR("agent.exe x--product=Acme"), WSTR("Acme")},
       {WSTR("agent.exe --PRODUCT=Acme"), WSTR("agent.exe")},
-  });
-}
-
-TEST(ProductName, UnreadableValuesGiveTheDefaultName) {
-  ExpectNames({
+      // Unreadable values, or the line ending before a value begins.
       {WSTR("agent.exe --product=\"Acme"), nullptr},
       {WSTR("agent.exe --product \"Acme Desk"), nullptr},
-      // The line ends before a value begins.
       {WSTR("agent.exe --product"), nullptr},
       {WSTR("agent.exe --product  \t "), nullptr},
-  });
-}
-
-TEST(ProductName, WithoutTheOptionTheFirstWordIsTaken) {
-  ExpectNames({
+      // Without the option, the first word.
       {WSTR("\"C:\\Program Files\\Agent\\agent.exe\" -x"),
        WSTR("C:\\Program Files\\Agent\\agent.exe")},
       {WSTR("C:\\Agent\\agent.exe -x"), WSTR("C:\\Agent\\agent.exe")},
       {WSTR("\"C:\\Agent\\agent.exe"), nullptr},
-  });
-}
-
-TEST(ProductName, EveryCallReadsTheCommandLineAgain) {
-  {
-    CommandLineOverride line(WSTR("agent.exe --product=First"));
-    EXPECT_EQ(GetProductName(), WSTR("First"));
-  }
-  {
-    CommandLineOverride line(WSTR("agent.exe --product=Second"));
-    EXPECT_EQ(GetProductName(), WSTR("Second"));
+  };
+  for (const auto& c : cases) {
+    testing::CommandLineOverride line(c.commandLine);
+    EXPECT_EQ(GetProductName(), c.name ? WString(c.name) : WString(kDefaultProductName))
+        << "command line: " << WideToUtf8(c.commandLine);
   }
 }
 

@@ -1,5 +1,6 @@
-// Where the message server is, end to end: the registry as each build has it, the real DOM,
-// and a fake host for the logger and the machine's unique id.
+// Where the message server is, end to end: the registry as each build has it, the real DOM
+// and the "serverConfigRegistry" entry read through it, and a fake host for the logger and
+// the machine's unique id.
 #include <gtest/gtest.h>
 
 #include "config/ServerConfig.h"
@@ -13,9 +14,7 @@
 #include "tarnix/RMICommManager.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -28,6 +27,7 @@ using tarnix::testing::TestRegistry;
 
 namespace {
 
+const HRESULT kNotFound = static_cast<HRESULT>(0x80070490);
 const WString kLegacyKey = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
 const WString kLegacyValue = WSTR("Zelmar Server URL");
 const WString kPolicyKey = WSTR("Software\\Policies\\Corvane, Inc.\\TarnixTest\\Desktop Agent");
@@ -35,30 +35,24 @@ const WString kNamedKey = WSTR("Software\\Tarnix Tests\\Xml Named");
 const WString kUrl = WSTR("MessageServerURL");
 const WString kCertificate = WSTR("AdapterCertificate");
 
-const std::string kLegacyFailed =
-    "Failed to get the message server configuration in function long __cdecl "
-    "CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,wchar_t **)";
-const std::string kLegacySystemFailed =
-    "Failed to get system service in function long __cdecl "
-    "CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,wchar_t **)";
-const std::string kReadKeyFailed =
-    "Failed to read Policy key's attributes in function long __cdecl "
-    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
-const std::string kUrlMissing =
-    "Failed to read Adapter URL in function long __cdecl "
-    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
-const std::string kCertificateMissing =
-    "Failed to read Adapter Certificate in function long __cdecl "
-    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
-const std::string kCommonSystemFailed =
-    "Failed to get system service in function long __cdecl "
-    "CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,wchar_t **,wchar_t **)";
-const std::string kXmlSourceFailed =
-    "Failed to load server config in function long __cdecl CRMIConfigLoader::GetServerInfo"
-    "(struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)";
-const std::string kPolicySourceFailed =
-    "Failed to load legancy server config in function long __cdecl "
-    "CRMIConfigLoader::GetServerInfo(struct tagVARIANT,wchar_t **,wchar_t **,wchar_t **)";
+// Each failure line names the loader's function as the host's readers know it.
+const std::string kInLegacy =
+    " in function long __cdecl CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,"
+    "wchar_t **)";
+const std::string kInCommon =
+    " in function long __cdecl CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,"
+    "wchar_t **,wchar_t **)";
+const std::string kInGet =
+    " in function long __cdecl CRMIConfigLoader::GetServerInfo(struct tagVARIANT,wchar_t **,"
+    "wchar_t **,wchar_t **)";
+const std::string kLegacyFailed = "Failed to get the message server configuration" + kInLegacy;
+const std::string kLegacySystemFailed = "Failed to get system service" + kInLegacy;
+const std::string kReadKeyFailed = "Failed to read Policy key's attributes" + kInCommon;
+const std::string kUrlMissing = "Failed to read Adapter URL" + kInCommon;
+const std::string kCertificateMissing = "Failed to read Adapter Certificate" + kInCommon;
+const std::string kCommonSystemFailed = "Failed to get system service" + kInCommon;
+const std::string kXmlSourceFailed = "Failed to load server config" + kInGet;
+const std::string kPolicySourceFailed = "Failed to load legancy server config" + kInGet;
 
 // "<prefix>  Error code 0x%08lx", with the system's text or the full stop after it.
 std::string WithCode(const std::string& prefix, uint32_t code) {
@@ -66,6 +60,28 @@ std::string WithCode(const std::string& prefix, uint32_t code) {
   std::snprintf(digits, sizeof(digits), "%08x", static_cast<unsigned>(code));
   return prefix + "  Error code 0x" + digits;
 }
+
+// A document of the real DOM, loaded with the text.
+tarnix::ComPtr<IXMLDOMDocument> Document(const WString& xml) {
+  CLSID clsid;
+  EXPECT_EQ(CLSIDFromProgID(tarnix::kXmlDomProgId, &clsid), S_OK);
+  tarnix::ComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(CoCreateInstance(clsid, nullptr, 0x17, IID_IXMLDOMDocument, document.ReceiveVoid()),
+            S_OK);
+  ScopedBstr text(xml.c_str());
+  VARIANT_BOOL loaded = VARIANT_FALSE;
+  EXPECT_EQ(document->loadXML(text.Get(), &loaded), S_OK);
+  return document;
+}
+
+// FindServerConfigRegistry's result, and the text as "<null>" or the text itself.
+using Found = std::pair<HRESULT, std::string>;
+Found Find(const VARIANT& config) {
+  ScopedBstr text;
+  const HRESULT hr = tarnix::FindServerConfigRegistry(config, text.Receive());
+  return {hr, text.Get() ? WideToUtf8(text.Text()) : "<null>"};
+}
+Found Find(const WString& text) { return Find(ScopedVariant(text.c_str()).Get()); }
 
 // The three outputs, each primed with a marker so that an output left alone shows.
 class Outputs {
@@ -247,15 +263,8 @@ TEST_F(ServerInfo, DocumentEntryNamesTheKeyAsTextAsObjectOrAsPlainPath) {
   const WString xml = WSTR(
       "<config><a><serverConfigRegistry>Software\\<k>Tarnix Tests</k>\\"
       "Xml Named</serverConfigRegistry></a></config>");
-
-  CLSID clsid;
-  ASSERT_EQ(CLSIDFromProgID(tarnix::kXmlDomProgId, &clsid), S_OK);
-  tarnix::ComPtr<IXMLDOMDocument> document;
-  ASSERT_EQ(CoCreateInstance(clsid, nullptr, 0x17, IID_IXMLDOMDocument, document.ReceiveVoid()),
-            S_OK);
-  ScopedBstr text(xml.c_str());
-  VARIANT_BOOL loaded = VARIANT_FALSE;
-  ASSERT_EQ(document->loadXML(text.Get(), &loaded), S_OK);
+  tarnix::ComPtr<IXMLDOMDocument> document = Document(xml);
+  ASSERT_TRUE(document);
 
   std::vector<ScopedVariant> configs;
   configs.emplace_back(xml.c_str());
@@ -304,8 +313,7 @@ TEST_F(ServerInfo, FailingNamedKeyIsLoggedAndThePolicyKeyDecides) {
   Logger().Clear();
   Outputs rooted;
   EXPECT_EQ(GetServerInfo(WSTR("HKEY_LOCAL_MACHINE\\") + kPolicyKey, &rooted), S_OK);
-  ASSERT_EQ(Lines().size(), 3u) << Logger().Dump();
-  EXPECT_EQ(Lines()[1].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
+  ExpectLines({"E: ", "E: " + kReadKeyFailed, "E: "});
 }
 
 TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
@@ -384,15 +392,8 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   EXPECT_EQ(out.Url(), "https://legacy");
   EXPECT_EQ(out.Certificate(), "c");
   EXPECT_EQ(out.ServiceValue(), "<untouched>");
-  const std::vector<std::string> lines = Lines();
-  ASSERT_EQ(lines.size(), 5u) << Logger().Dump();
-  EXPECT_EQ(lines[0].substr(0, 3 + kLegacySystemFailed.size() + 2),
-            "E: " + kLegacySystemFailed + "  ");
-  EXPECT_EQ(lines[1].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
-  EXPECT_EQ(lines[2].substr(0, 3 + kXmlSourceFailed.size()), "E: " + kXmlSourceFailed);
-  EXPECT_EQ(lines[3].substr(0, 3 + kReadKeyFailed.size()), "E: " + kReadKeyFailed);
-  const std::string last = "E: " + WithCode(kPolicySourceFailed, 0x80070002);
-  EXPECT_EQ(lines[4].substr(0, last.size()), last);
+  ExpectLines({"E: " + kLegacySystemFailed + "  ", "E: " + kReadKeyFailed, "E: " + kXmlSourceFailed,
+               "E: " + kReadKeyFailed, "E: " + WithCode(kPolicySourceFailed, 0x80070002)});
 
   // The policy key found, the unique id still cannot be asked for.
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
@@ -405,8 +406,7 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
                                          &policy.certificate),
             0);
   EXPECT_EQ(policy.Url(), "https://policy");
-  ASSERT_EQ(Lines().size(), 1u);
-  EXPECT_EQ(Lines()[0].substr(0, 3 + kCommonSystemFailed.size()), "E: " + kCommonSystemFailed);
+  ExpectLines({"E: " + kCommonSystemFailed});
 }
 
 TEST_F(ServerInfo, HostileConfigurationGetsDefinedAnswers) {
@@ -434,31 +434,81 @@ TEST_F(ServerInfo, HostileConfigurationGetsDefinedAnswers) {
   }
 }
 
-TEST_F(ServerInfo, HiveFileWithBrokenLinesStillServesItsGoodLines) {
-#ifdef _WIN32
-  GTEST_SKIP() << "only the POSIX build reads its registry from a file";
-#else
-  const std::string file = registry_.FilePath() + ".broken.reg";
-  {
-    std::ofstream out(file, std::ios::binary);
-    out << "Windows Registry Editor Version 5.00\r\n\r\n"
-        << "[HKEY_LOCAL_MACHINE\\Software\\Broken\r\n"
-        << "a line without an equals sign\r\n"
-        << "\"unclosed=\"x\r\n"
-        << "\"bad list\"=hex(7):zz,00,\\\r\n"
-        << "\"bad number\"=dword:nothex\r\n"
-        << std::string(1 << 20, '[') << "\r\n"
-        << "\r\n[HKEY_LOCAL_MACHINE\\Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager]\r\n"
-        << "\"Zelmar Server URL\"=\"https://good|svc|cert\"\r\n";
-  }
-  setenv(tarnix::posix::kRegistryFileVariable, file.c_str(), 1);
-  EXPECT_GT(tarnix::posix::ReloadRegistry(), 0u);
-  Outputs out;
-  EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK);
-  EXPECT_EQ(out.Url(), "https://good");
-  EXPECT_EQ(out.Certificate(), "cert");
-  std::remove(file.c_str());
-#endif
+TEST_F(ServerInfo, TextIsReadAsADocumentOrElseTakenAsThePathItself) {
+  EXPECT_EQ(Find(WSTR("<c><serverConfigRegistry>Software\\X</serverConfigRegistry></c>")),
+            Found(S_OK, "Software\\X"));
+  EXPECT_EQ(Find(WSTR("<c><serverConfigRegistry>HKEY_LOCAL_MACHINE\\<a>Software</a>\\<b><c>X</c>"
+                      "</b></serverConfigRegistry></c>")),
+            Found(S_OK, "HKEY_LOCAL_MACHINE\\Software\\X"));
+  EXPECT_EQ(Find(WSTR("<c><serverConfigRegistry/></c>")), Found(S_OK, ""));
+  EXPECT_EQ(Find(WSTR("HKEY_LOCAL_MACHINE\\Software\\Corvane, Inc.\\Server")),
+            Found(S_FALSE, "HKEY_LOCAL_MACHINE\\Software\\Corvane, Inc.\\Server"));
+  EXPECT_EQ(Find(WSTR("<c><serverConfigRegistry>unclosed")),
+            Found(S_FALSE, "<c><serverConfigRegistry>unclosed"));
+  EXPECT_EQ(Find(WSTR("")), Found(S_FALSE, ""));
+
+  // Loaded, but no entry: a failure of its own, so the caller moves on.
+  EXPECT_EQ(Find(WSTR("<c><other>Software\\X</other></c>")), Found(kNotFound, "<null>"));
+  EXPECT_EQ(Find(WSTR("<c xmlns=\"urn:c\"><serverConfigRegistry>X</serverConfigRegistry></c>")),
+            Found(kNotFound, "<null>"));
+
+  // Other values become text first: a number is a path, VT_EMPTY an empty one.
+  ScopedVariant number(LONG(42));
+  EXPECT_EQ(Find(number.Get()), Found(S_FALSE, "42"));
+  EXPECT_EQ(Find(ScopedVariant().Get()), Found(S_FALSE, ""));
+}
+
+TEST_F(ServerInfo, DocumentObjectWithoutEntryFailsAndOtherObjectsAreRefused) {
+  auto empty = Document(WSTR("<c/>"));
+  ScopedVariant emptyDocument;
+  emptyDocument.SetUnknown(empty.Get());
+  EXPECT_EQ(Find(emptyDocument.Get()), Found(kNotFound, "<null>"));
+
+  auto other = tarnix::testing::MakeFake<UntouchableConfig>();
+  ScopedVariant object;
+  object.SetUnknown(other.Get());
+  EXPECT_EQ(Find(object.Get()), Found(E_FAIL, "<null>"));
+  object.Reset();
+  // Every reference the lookup took on the object was given back.
+  EXPECT_EQ(other->RefCount(), 1u);
+
+  VARIANT null;
+  VariantInit(&null);
+  null.vt = VT_NULL;
+  EXPECT_EQ(Find(null), Found(E_FAIL, "<null>"));
+  VARIANT nothing;
+  VariantInit(&nothing);
+  nothing.vt = VT_UNKNOWN;
+  nothing.punkVal = nullptr;
+  EXPECT_EQ(Find(nothing).first, E_FAIL);
+}
+
+TEST_F(ServerInfo, ConfigContentIsTheEntryAsBstrAndLeavesTheCallersValueAlone) {
+  const WString xml = WSTR("<c><serverConfigRegistry>Software\\Content</serverConfigRegistry></c>");
+  ScopedVariant config(xml.c_str());
+  const VARIANT before = config.Get();
+  ScopedVariant content;
+  EXPECT_EQ(CRMIConfigLoader::GetConfigContent(config.Get(), content.Receive()), S_OK);
+  ASSERT_EQ(content.type(), VT_BSTR);
+  EXPECT_EQ(WideToUtf8(WString(content.Get().bstrVal, SysStringLen(content.Get().bstrVal))),
+            "Software\\Content");
+  EXPECT_EQ(0, std::memcmp(&before, &config.Get(), sizeof(VARIANT)));
+  EXPECT_EQ(WString(config.Get().bstrVal, SysStringLen(config.Get().bstrVal)), xml);
+
+  // A plain path comes back as it is, and the copy's result (success) is the answer.
+  ScopedVariant path(WSTR("Software\\Plain"));
+  EXPECT_EQ(CRMIConfigLoader::GetConfigContent(path.Get(), content.Receive()), S_OK);
+  EXPECT_EQ(WideToUtf8(WString(content.Get().bstrVal, SysStringLen(content.Get().bstrVal))),
+            "Software\\Plain");
+
+  // A failure is answered as it is, with the output untouched.
+  ScopedVariant missing(WSTR("<c/>"));
+  ScopedVariant untouched(LONG(7));
+  EXPECT_EQ(
+      CRMIConfigLoader::GetConfigContent(missing.Get(), const_cast<VARIANT*>(&untouched.Get())),
+      kNotFound);
+  EXPECT_EQ(untouched.type(), VT_I4);
+  EXPECT_EQ(untouched.Get().lVal, 7);
 }
 
 }  // namespace

@@ -21,6 +21,8 @@ namespace tarnix::testing {
 // OLE dates used throughout: 2000-01-01 00:00:00 and 1970-01-01 00:00:00.
 inline constexpr DATE kYear2000 = 36526.0;
 inline constexpr DATE kUnixEpoch = 25569.0;
+// A host failure code no step of the component produces itself.
+inline constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
 
 class ConvertTest : public HostTest {
  protected:

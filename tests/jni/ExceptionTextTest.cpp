@@ -1,10 +1,7 @@
 // The text of Java exceptions, read on the real JDK.
-#include "JvmTestSupport.h"
 #include "ProbeClass.h"
 
 #include "jni/ExceptionText.h"
-#include "jni/JavaObject.h"
-#include "jni/JavaString.h"
 #include "jni/LocalRef.h"
 
 #include <gtest/gtest.h>
@@ -13,45 +10,22 @@ namespace {
 
 using namespace tarnix::testing;
 
-class ExceptionTextTest : public ::testing::Test {
+class ExceptionTextTest : public BridgeTest {
  protected:
-  void SetUp() override {
-    machine_ = CreateTestMachine();
-    ASSERT_TRUE(machine_);
-    env_ = machine_->GetEnv();
-    auto probeClass = machine_->LoadClass(kProbe, kProbeMethods);
-    ASSERT_TRUE(probeClass);
-    probe_ = probeClass->NewObject(Probe::ctor);
-    ASSERT_TRUE(probe_);
-  }
-
   // Java's own rendering of the pending throwable, made after the bridge has read it.
   struct Reading {
     bool pending = false;
     std::string text;
     std::string javasOwn;
   };
-  Reading Read(WString text = WString()) {
+  // Java's own rendering is skipped for a throwable whose toString() throws.
+  Reading Read(WString text = WString(), bool rendered = true) {
     Reading reading;
     tarnix::LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
     reading.pending = machine_->GetExceptionText(text);
     reading.text = Narrow(text);
     EXPECT_FALSE(env_->ExceptionCheck()) << "the text was read but the exception stays";
-    if (thrown) {
-      JNIEnv* env = env_;
-      tarnix::LocalRef<jclass> type(env, env->FindClass("com/tarnix/testing/Text"));
-      const jmethodID render = env->GetStaticMethodID(type.Get(), "throwableText",
-                                                      "(Ljava/lang/Throwable;)Ljava/lang/String;");
-      tarnix::LocalRef<jstring> own(
-          env, static_cast<jstring>(env->CallStaticObjectMethod(type.Get(), render, thrown.Get())));
-      if (env->ExceptionCheck()) {  // a toString() that throws renders nowhere
-        env->ExceptionClear();
-        return reading;
-      }
-      const char* chars = env->GetStringUTFChars(own.Get(), nullptr);
-      reading.javasOwn = chars;
-      env->ReleaseStringUTFChars(own.Get(), chars);
-    }
+    if (thrown && rendered) reading.javasOwn = JavaControl(*machine_).ThrowableText(thrown.Get());
     return reading;
   }
 
@@ -63,19 +37,13 @@ class ExceptionTextTest : public ::testing::Test {
     probe_->CallVoidMethod(method);
     ASSERT_TRUE(env_->ExceptionCheck());
   }
-
-  std::shared_ptr<CJavaVM> machine_;
-  JNIEnv* env_ = nullptr;
-  std::shared_ptr<CJavaObject> probe_;
 };
 
-TEST_F(ExceptionTextTest, NothingPendingLeavesTheTextAlone) {
-  WString text = WSTR("kept");
-  EXPECT_FALSE(machine_->GetExceptionText(text));
-  EXPECT_EQ(text, WSTR("kept"));
-}
-
 TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
+  WString untouched = WSTR("kept");
+  EXPECT_FALSE(machine_->GetExceptionText(untouched));
+  EXPECT_EQ(untouched, WSTR("kept"));
+
   Throw(Probe::throwWithFrames, WSTR("boom"));
   const Reading reading = Read(WSTR("replaced"));
   EXPECT_TRUE(reading.pending);
@@ -91,10 +59,10 @@ TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
             std::string::npos);
 }
 
+// No frames: the first line alone, its text through the thread's code page unchanged.
 TEST_F(ExceptionTextTest, EmptyStackGivesTheFirstLineAlone) {
-  Throw(Probe::throwWithoutStack, WSTR("quiet"));
-  const Reading reading = Read();
-  EXPECT_EQ(reading.text, "java.lang.IllegalStateException: quiet");
+  Throw(Probe::throwWithoutStack, WSTR("Grüße \u20AC"));
+  EXPECT_EQ(Read().text, "java.lang.IllegalStateException: Grüße \u20AC");
 }
 
 TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
@@ -106,14 +74,9 @@ TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
 
   // A toString() that throws in turn is as good as none, and its exception goes too.
   Throw(Probe::throwBrokenText);
-  reading = Read();
+  reading = Read(WString(), false);
   EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0), 0u)
       << reading.text;
-}
-
-TEST_F(ExceptionTextTest, MessageTextPassesThroughTheThreadCodePage) {
-  Throw(Probe::throwWithoutStack, WSTR("Grüße \u20AC"));
-  EXPECT_EQ(Read().text, "java.lang.IllegalStateException: Grüße \u20AC");
 }
 
 TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
@@ -132,15 +95,6 @@ TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
   ASSERT_TRUE(machine_->GetExceptionText(local));
   EXPECT_EQ(Narrow(local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
   EXPECT_FALSE(IsRemoteFailureText(local));
-}
-
-TEST_F(ExceptionTextTest, ReadingManyExceptionsKeepsTheFrameSmall) {
-  // The JVM's JNI checks (the suite's second pass) report locals that pile up.
-  for (int i = 0; i < 300; ++i) {
-    Throw(Probe::throwWithFrames, WSTR("again"));
-    WString text;
-    ASSERT_TRUE(machine_->GetExceptionText(text));
-  }
 }
 
 }  // namespace

@@ -1,10 +1,7 @@
 // Strings, objects and calls through handles on the real JDK.
-#include "JvmTestSupport.h"
 #include "ProbeClass.h"
 
 #include "jni/ClassTable.h"
-#include "jni/JavaObject.h"
-#include "jni/JavaString.h"
 
 #include <gtest/gtest.h>
 
@@ -14,33 +11,13 @@ namespace {
 
 using namespace tarnix::testing;
 
-class JavaCallTest : public ::testing::Test {
+class JavaCallTest : public BridgeTest {
  protected:
-  void SetUp() override {
-    machine_ = CreateTestMachine();
-    ASSERT_TRUE(machine_);
-    env_ = machine_->GetEnv();
-    probeClass_ = machine_->LoadClass(kProbe, kProbeMethods);
-    ASSERT_TRUE(probeClass_);
-    probe_ = probeClass_->NewObject(Probe::ctor);
-    ASSERT_TRUE(probe_);
-  }
-
-  std::string TakeException() {
-    WString text;
-    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
-  }
-
   // The text of a string answer; "<no text>" when GetText fails.
   static std::string TextOf(const std::shared_ptr<CJavaString>& string) {
     WString text;
     return string && string->GetText(text) ? Narrow(text) : "<no text>";
   }
-
-  std::shared_ptr<CJavaVM> machine_;
-  JNIEnv* env_ = nullptr;
-  std::shared_ptr<CJavaClass> probeClass_;
-  std::shared_ptr<CJavaObject> probe_;
 };
 
 TEST_F(JavaCallTest, StringsKeepEveryCodeUnitGoingInAndStopAtZeroComingBack) {

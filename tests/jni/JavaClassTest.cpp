@@ -1,10 +1,7 @@
 // Classes and their method tables on the real JDK.
-#include "JvmTestSupport.h"
 #include "ProbeClass.h"
 
 #include "jni/ClassTable.h"
-#include "jni/JavaObject.h"
-#include "jni/JavaString.h"
 
 #include <gtest/gtest.h>
 
@@ -12,25 +9,12 @@ namespace {
 
 using namespace tarnix::testing;
 
-class JavaClassTest : public ::testing::Test {
+class JavaClassTest : public BridgeTest {
  protected:
-  void SetUp() override {
-    machine_ = CreateTestMachine();
-    ASSERT_TRUE(machine_);
-    env_ = machine_->GetEnv();
-  }
-
-  // The pending exception's text; empty when there was none.
-  std::string TakeException() {
-    WString text;
-    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
-  }
-
-  std::shared_ptr<CJavaVM> machine_;
-  JNIEnv* env_ = nullptr;
+  JavaClassTest() : BridgeTest(false) {}
 };
 
-TEST_F(JavaClassTest, SameNameAnswersTheFirstLoadAndIgnoresTheSecondTable) {
+TEST_F(JavaClassTest, SameNameAnswersTheFirstLoadAndAnEmptyTableLoadsNoMethods) {
   const MethodEntry first[] = {{"ctor()", "<init>", "()V"},
                                {"echo", "echo", "(Ljava/lang/String;)Ljava/lang/String;"}};
   const MethodEntry second[] = {{"length", "length", "(Ljava/lang/String;)I"}};
@@ -41,10 +25,7 @@ TEST_F(JavaClassTest, SameNameAnswersTheFirstLoadAndIgnoresTheSecondTable) {
   EXPECT_EQ(machine_->GetClass(kProbe), loaded);
   EXPECT_NE(loaded->GetMethodId("echo"), nullptr);
   EXPECT_EQ(loaded->GetMethodId("length"), nullptr);
-  EXPECT_FALSE(env_->ExceptionCheck());
-}
 
-TEST_F(JavaClassTest, EmptyTableLoadsAClassWithoutMethods) {
   auto map = machine_->LoadClass("java/util/HashMap", nullptr, 0);
   ASSERT_TRUE(map);
   EXPECT_NE(map->Get(), nullptr);
@@ -66,6 +47,12 @@ TEST_F(JavaClassTest, ABadRowRejectsTheWholeClassAndLeavesTheReasonPending) {
   EXPECT_EQ(text.rfind("java.lang.NoSuchMethodError", 0), 0u) << text;
   EXPECT_NE(text.find("length"), std::string::npos) << text;
   EXPECT_FALSE(machine_->GetClass(kProbe));
+  EXPECT_FALSE(machine_->LoadClass(kProbe, nullptr, 3));
+  EXPECT_NE(TakeException().find("IllegalArgumentException: no method table"), std::string::npos);
+  const MethodEntry incomplete[] = {{"ctor()", "<init>", nullptr}};
+  EXPECT_FALSE(machine_->LoadClass(kProbe, incomplete));
+  EXPECT_NE(TakeException().find("incomplete method table row 0"), std::string::npos);
+  EXPECT_FALSE(machine_->GetClass(kProbe));
 
   // Nothing was cached, so a corrected table loads.
   EXPECT_TRUE(machine_->LoadClass(kProbe, kProbeMethods));
@@ -75,15 +62,6 @@ TEST_F(JavaClassTest, ABadRowRejectsTheWholeClassAndLeavesTheReasonPending) {
       TakeException().rfind("java.lang.NoClassDefFoundError: com/tarnix/testing/NoSuchClass", 0),
       0u);
   EXPECT_FALSE(machine_->GetClass("com/tarnix/testing/NoSuchClass"));
-}
-
-TEST_F(JavaClassTest, MalformedTablesAreRefusedWithAnExplanation) {
-  EXPECT_FALSE(machine_->LoadClass(kProbe, nullptr, 3));
-  EXPECT_NE(TakeException().find("IllegalArgumentException: no method table"), std::string::npos);
-  const MethodEntry incomplete[] = {{"ctor()", "<init>", nullptr}};
-  EXPECT_FALSE(machine_->LoadClass(kProbe, incomplete));
-  EXPECT_NE(TakeException().find("incomplete method table row 0"), std::string::npos);
-  EXPECT_FALSE(machine_->GetClass(kProbe));
 }
 
 TEST_F(JavaClassTest, ALaterRowOfTheSameAliasWins) {

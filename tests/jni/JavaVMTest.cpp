@@ -1,10 +1,8 @@
 // The machine on the real JDK: creation, the creating thread, tear-down.
 #include "JvmTestSupport.h"
-#include "LoadedModule.h"
 #include "ProbeClass.h"
 #include "TestPaths.h"
 
-#include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/LocalRef.h"
 
@@ -32,38 +30,11 @@ TEST(JavaVM, SecondCreateIsANoOpAndTheCreatingThreadStaysAttached) {
   EXPECT_EQ(jvmsOwn, env);
 }
 
-TEST(JavaVM, EmptyOptionsStartTheJvm) {
-  CJavaVM machine(TARNIX_TEST_JAVA_HOME);
-  ASSERT_EQ(machine.Create({}), 0);
-  EXPECT_NE(machine.GetEnv(), nullptr);
-}
-
 TEST(JavaVM, RefusedOptionGivesTheJniCode) {
   CJavaVM machine(TARNIX_TEST_JAVA_HOME);
   EXPECT_EQ(machine.Create({"-XX:+NoSuchOption"}), JNI_EINVAL);
   EXPECT_EQ(machine.GetEnv(), nullptr);
   EXPECT_EQ(machine.GetCreatingThread(), 0u);
-}
-
-TEST(JavaVM, TearDownAfterUseDestroysTheJvm) {
-  WString library;
-  {
-    auto machine = CreateTestMachine();
-    ASSERT_TRUE(machine);
-    library = machine->GetRuntimeLibraryPath();
-    EXPECT_TRUE(IsModuleLoaded(library));
-    auto probe = machine->LoadClass(kProbe, kProbeMethods);
-    ASSERT_TRUE(probe);
-    auto object = probe->NewObject(Probe::ctorTime, jlong{12});
-    ASSERT_TRUE(object);
-    auto text = machine->NewString(WSTR("kept past the call"));
-    ASSERT_TRUE(text);
-    // Objects and strings go before the machine, as the component's owners arrange.
-    object.reset();
-    text.reset();
-    probe.reset();
-  }
-  SUCCEED() << "the JVM came down without hanging";
 }
 
 TEST(JavaVM, UnloadForgetsTheMachineButLeavesTheJvmRunning) {

@@ -36,18 +36,7 @@ TEST(Module, FailuresSetTheLastErrorAsWindowsDoes) {
   EXPECT_FALSE(IsModuleLoaded(kStubLibrary));
 }
 
-TEST(Module, DllDirectoryIsKeptUntilReset) {
-  EXPECT_EQ(DllDirectory(), WString());
-  const WString directory = TARNIX_TEST_STUB_JRE;
-  ASSERT_TRUE(SetDllDirectoryW(directory.c_str()));
-  EXPECT_EQ(DllDirectory(), directory);
-  WCHAR tooSmall[4] = {};
-  EXPECT_EQ(GetDllDirectoryW(4, tooSmall), directory.size() + 1);
-  ASSERT_TRUE(SetDllDirectoryW(nullptr));
-  EXPECT_EQ(DllDirectory(), WString());
-}
-
-TEST(Module, BareNamesAreFoundInTheDllDirectory) {
+TEST(Module, BareNamesAreFoundInTheDllDirectoryKeptUntilReset) {
 #ifdef _WIN32
   const WString folder = WString(TARNIX_TEST_STUB_JRE) + WSTR("bin");
   const WString name = WSTR("stubdep.dll");
@@ -55,10 +44,15 @@ TEST(Module, BareNamesAreFoundInTheDllDirectory) {
   const WString folder = WString(TARNIX_TEST_STUB_JRE) + WSTR("lib/server");
   const WString name = WSTR("libjvm.so");
 #endif
+  EXPECT_EQ(DllDirectory(), WString());
   EXPECT_EQ(LoadLibraryW(name.c_str()), nullptr);
   ASSERT_TRUE(SetDllDirectoryW(folder.c_str()));
+  EXPECT_EQ(DllDirectory(), folder);
+  WCHAR tooSmall[4] = {};
+  EXPECT_EQ(GetDllDirectoryW(4, tooSmall), folder.size() + 1);
   const HMODULE module = LoadLibraryW(name.c_str());
-  SetDllDirectoryW(nullptr);
+  ASSERT_TRUE(SetDllDirectoryW(nullptr));
+  EXPECT_EQ(DllDirectory(), WString());
   ASSERT_NE(module, nullptr);
   EXPECT_TRUE(FreeLibrary(module));
 }

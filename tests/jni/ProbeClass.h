@@ -1,7 +1,17 @@
-// The bridge's own test class (com.tarnix.testing.Probe) and a method table for it.
+// The bridge's own test class (com.tarnix.testing.Probe), a method table for it, and the
+// fixture of the suites that call it on the real JDK.
 #pragma once
 
+#include "JvmTestSupport.h"
+
 #include "jni/JavaClass.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
 
 namespace tarnix::testing {
 
@@ -53,6 +63,37 @@ struct Probe {
       tarnix::MethodOf<void()>(kProbeMethods, "throwBrokenText");
   static constexpr auto throwNamed =
       tarnix::MethodOf<void(jstring, jstring)>(kProbeMethods, "throwNamed");
+};
+
+// A machine on the stand-in jars for each test; the probe class is loaded with its whole
+// table, and one probe made, only when a suite asks for it.
+class BridgeTest : public ::testing::Test {
+ protected:
+  explicit BridgeTest(bool withProbe = true) : withProbe_(withProbe) {}
+  void SetUp() override {
+    machine_ = CreateTestMachine();
+    ASSERT_TRUE(machine_);
+    env_ = machine_->GetEnv();
+    if (!withProbe_) return;
+    probeClass_ = machine_->LoadClass(kProbe, kProbeMethods);
+    ASSERT_TRUE(probeClass_);
+    probe_ = probeClass_->NewObject(Probe::ctor);
+    ASSERT_TRUE(probe_);
+  }
+
+  // The pending exception's text, cleared; empty when there was none.
+  std::string TakeException() {
+    WString text;
+    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
+  }
+
+  std::shared_ptr<CJavaVM> machine_;
+  JNIEnv* env_ = nullptr;
+  std::shared_ptr<CJavaClass> probeClass_;
+  std::shared_ptr<CJavaObject> probe_;
+
+ private:
+  bool withProbe_;
 };
 
 }  // namespace tarnix::testing

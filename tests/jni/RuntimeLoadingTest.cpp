@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <string>
+#include <vector>
 #include <stdexcept>
 #include <thread>
 
@@ -19,18 +21,27 @@ namespace {
 using tarnix::testing::DllDirectory;
 using tarnix::testing::IsModuleLoaded;
 
-std::string RecordOption(StubRecord& record) {
-  char option[64];
-  std::snprintf(option, sizeof option, "-Dstub.record=%llx",
-                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(&record)));
-  return option;
-}
+// A machine on a stand-in runtime that records its calls into `record` (its own, or one
+// that outlives it); each Create passes the record's option before the given ones.
+struct StubMachine {
+  explicit StubMachine(StubRecord* into = nullptr) : record(into ? *into : own) {}
+  LONG Create(std::vector<std::string> options = {}) {
+    char option[64];
+    std::snprintf(option, sizeof option, "-Dstub.record=%llx",
+                  static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(&record)));
+    options.insert(options.begin(), option);
+    return machine.Create(options);
+  }
+  StubRecord own{};
+  StubRecord& record;
+  CJavaVM machine{TARNIX_TEST_STUB_JRE};
+};
 
-// Runs a function on a thread of its own and waits for it.
-template <class F>
-void OnOtherThread(F function) {
-  std::thread thread(function);
-  thread.join();
+// The record of the module the machine loaded, as its own export answers it.
+StubRecord* OwnRecord(CJavaVM& machine) {
+  auto function = reinterpret_cast<StubRecordFunction>(reinterpret_cast<void (*)()>(
+      GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
+  return function ? function() : nullptr;
 }
 
 TEST(RuntimeLoading, PathsAreConcatenatedOntoTheRuntimeDirectory) {
@@ -52,12 +63,11 @@ TEST(RuntimeLoading, PathsAreConcatenatedOntoTheRuntimeDirectory) {
 }
 
 TEST(RuntimeLoading, CreateLoadsByFullPathAndHandsOverTheOptionsOnce) {
-  StubRecord record{};
-  CJavaVM machine(TARNIX_TEST_STUB_JRE);
-  ASSERT_EQ(machine.Create({RecordOption(record), "-Xrs", "-Xmx100M"}), 0);
-
+  StubMachine stub;
+  CJavaVM& machine = stub.machine;
+  ASSERT_EQ(stub.Create({"-Xrs", "-Xmx100M"}), 0);
+  const StubRecord& record = stub.record;
   EXPECT_TRUE(IsModuleLoaded(machine.GetRuntimeLibraryPath()));
-  EXPECT_NE(machine.GetRuntimeModule(), nullptr);
   EXPECT_EQ(record.createCalls, 1);
   EXPECT_EQ(record.version, 0x00010006);
   EXPECT_EQ(record.optionCount, 3);
@@ -68,15 +78,11 @@ TEST(RuntimeLoading, CreateLoadsByFullPathAndHandsOverTheOptionsOnce) {
   EXPECT_STREQ(record.options[2], "-Xmx100M");
   EXPECT_EQ(machine.GetCreatingThread(), GetCurrentThreadId());
   EXPECT_NE(machine.GetEnv(), nullptr);
-
   // The entry point that ran is the one of this module: its own record says so.
-  auto ownRecord = reinterpret_cast<StubRecordFunction>(reinterpret_cast<void (*)()>(
-      GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
-  ASSERT_NE(ownRecord, nullptr);
-  EXPECT_EQ(ownRecord(), &record);
+  EXPECT_EQ(OwnRecord(machine), &record);
 
   const HMODULE module = machine.GetRuntimeModule();
-  EXPECT_EQ(machine.Create({RecordOption(record)}), 0);
+  EXPECT_EQ(stub.Create(), 0);
   EXPECT_EQ(record.createCalls, 1);
   EXPECT_EQ(machine.GetRuntimeModule(), module);
 }
@@ -84,115 +90,72 @@ TEST(RuntimeLoading, CreateLoadsByFullPathAndHandsOverTheOptionsOnce) {
 TEST(RuntimeLoading, EmptyOptionsPassANullArray) {
   CJavaVM machine(TARNIX_TEST_STUB_JRE);
   ASSERT_EQ(machine.Create({}), 0);
-  auto ownRecord = reinterpret_cast<StubRecordFunction>(reinterpret_cast<void (*)()>(
-      GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
-  ASSERT_NE(ownRecord, nullptr);
-  EXPECT_EQ(ownRecord()->createCalls, 1);
-  EXPECT_EQ(ownRecord()->optionCount, 0);
-  EXPECT_TRUE(ownRecord()->optionsWereNull);
+  const StubRecord* record = OwnRecord(machine);
+  ASSERT_NE(record, nullptr);
+  EXPECT_EQ(record->createCalls, 1);
+  EXPECT_EQ(record->optionCount, 0);
+  EXPECT_TRUE(record->optionsWereNull);
 }
 
 TEST(RuntimeLoading, SearchDirectoryIsTheRuntimesOwnWhileLoadingAndTheHostsAfterwards) {
   const WString hostDirectory = TARNIX_TEST_MISSING_JRE;
   ASSERT_TRUE(SetDllDirectoryW(hostDirectory.c_str()));
-  StubRecord record{};
   {
-    CJavaVM machine(TARNIX_TEST_STUB_JRE);
-    ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
+    StubMachine stub;
+    ASSERT_EQ(stub.Create(), 0);
     EXPECT_EQ(DllDirectory(), hostDirectory);
 #ifdef _WIN32
     // The stand-in imports a library that sits only in the runtime's bin folder, so the
     // load itself proves the search directory; the library saw it too.
-    EXPECT_EQ(WString(reinterpret_cast<const WCHAR*>(record.dllDirectoryAtLoad)),
-              machine.GetDllDirectory());
+    EXPECT_EQ(WString(reinterpret_cast<const WCHAR*>(stub.record.dllDirectoryAtLoad)),
+              stub.machine.GetDllDirectory());
 #endif
   }
   ASSERT_TRUE(SetDllDirectoryW(nullptr));
-  CJavaVM machine(TARNIX_TEST_STUB_JRE);
-  ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
+  StubMachine stub;
+  ASSERT_EQ(stub.Create(), 0);
   EXPECT_EQ(DllDirectory(), WString());
 }
 
-TEST(RuntimeLoading, LoadFailuresAreTheLoadersLastErrorAsHresult) {
+TEST(RuntimeLoading, FailuresAreTheLoadersLastErrorOrTheJniCodeAndRegisterNoThread) {
   CJavaVM missing(TARNIX_TEST_MISSING_JRE);
   EXPECT_EQ(missing.Create({"-Xrs"}), static_cast<LONG>(0x8007007E));
   EXPECT_EQ(missing.GetRuntimeModule(), nullptr);
-  EXPECT_EQ(missing.GetEnv(), nullptr);
-  EXPECT_EQ(missing.GetCreatingThread(), 0u);
-
   CJavaVM withoutEntry(TARNIX_TEST_STUB_JRE_WITHOUT_ENTRY);
   EXPECT_EQ(withoutEntry.Create({"-Xrs"}), static_cast<LONG>(0x8007007F));
-  EXPECT_EQ(withoutEntry.GetEnv(), nullptr);
-}
 
-TEST(RuntimeLoading, RefusedCreationReturnsTheJniCodeAndRegistersNoThread) {
-  StubRecord record{};
-  CJavaVM machine(TARNIX_TEST_STUB_JRE);
-  EXPECT_EQ(machine.Create({RecordOption(record), "-Dstub.result=-3"}), JNI_EVERSION);
-  EXPECT_EQ(machine.GetEnv(), nullptr);
-  EXPECT_EQ(machine.GetCreatingThread(), 0u);
+  StubMachine refused;
+  EXPECT_EQ(refused.Create({"-Dstub.result=-3"}), JNI_EVERSION);
+  for (CJavaVM* machine : {&missing, &withoutEntry, &refused.machine}) {
+    EXPECT_EQ(machine->GetEnv(), nullptr);
+    EXPECT_EQ(machine->GetCreatingThread(), 0u);
+  }
   // The library stays loaded until the machine goes; a later attempt tries again.
-  EXPECT_TRUE(IsModuleLoaded(machine.GetRuntimeLibraryPath()));
-  EXPECT_EQ(machine.Create({RecordOption(record)}), 0);
-  EXPECT_EQ(record.createCalls, 2);
-  EXPECT_NE(machine.GetEnv(), nullptr);
+  EXPECT_TRUE(IsModuleLoaded(refused.machine.GetRuntimeLibraryPath()));
+  EXPECT_EQ(refused.Create(), 0);
+  EXPECT_EQ(refused.record.createCalls, 2);
+  EXPECT_NE(refused.machine.GetEnv(), nullptr);
 }
 
 TEST(RuntimeLoading, AttachAndDetachAskTheMachineOnlyWhenTheMapSaysSo) {
-  StubRecord record{};
-  CJavaVM machine(TARNIX_TEST_STUB_JRE);
-  ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
-
-  // The creating thread is registered for good.
+  StubMachine stub;
+  CJavaVM& machine = stub.machine;
+  ASSERT_EQ(stub.Create(), 0);
+  // The creating thread is registered for good, and never handed a detaching guard.
   EXPECT_EQ(machine.AttachCurrentThread(), 0);
   EXPECT_EQ(machine.DetachCurrentThread(), 0);
+  EXPECT_FALSE(machine.AttachForScope());
   EXPECT_NE(machine.GetEnv(), nullptr);
-  EXPECT_EQ(record.attachCalls, 0);
-  EXPECT_EQ(record.detachCalls, 0);
 
-  OnOtherThread([&] {
+  std::thread([&] {
     EXPECT_EQ(machine.GetEnv(), nullptr);
     EXPECT_EQ(machine.AttachCurrentThread(), 0);
     EXPECT_NE(machine.GetEnv(), nullptr);
     EXPECT_EQ(machine.AttachCurrentThread(), 0);
-    EXPECT_EQ(record.attachCalls, 1);
+    EXPECT_EQ(stub.record.attachCalls, 1);
     EXPECT_EQ(machine.DetachCurrentThread(), 0);
     EXPECT_EQ(machine.GetEnv(), nullptr);
-    EXPECT_EQ(record.detachCalls, 1);
-  });
-}
-
-TEST(RuntimeLoading, RefusalsOfTheMachineAreReturnedAndLeaveTheMapAlone) {
-  StubRecord record{};
-  CJavaVM machine(TARNIX_TEST_STUB_JRE);
-  ASSERT_EQ(machine.Create({RecordOption(record), "-Dstub.detach=-1"}), 0);
-  OnOtherThread([&] {
-    ASSERT_EQ(machine.AttachCurrentThread(), 0);
-    EXPECT_EQ(machine.DetachCurrentThread(), JNI_ERR);
-    EXPECT_NE(machine.GetEnv(), nullptr);
-  });
-
-  StubRecord refusing{};
-  CJavaVM refusingMachine(TARNIX_TEST_STUB_JRE);
-  ASSERT_EQ(refusingMachine.Create({RecordOption(refusing), "-Dstub.attach=-4"}), 0);
-  OnOtherThread([&] {
-    LONG result = 0;
-    EXPECT_FALSE(refusingMachine.AttachForScope(&result));
-    EXPECT_EQ(result, JNI_ENOMEM);
-    EXPECT_EQ(refusingMachine.GetEnv(), nullptr);
-  });
-  EXPECT_EQ(refusing.detachCalls, 0);
-}
-
-TEST(RuntimeLoading, ScopedAttachmentDetachesOnEveryPathAndOnlyWhatItAttached) {
-  StubRecord record{};
-  CJavaVM machine(TARNIX_TEST_STUB_JRE);
-  ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
-
-  // The creating thread is never handed a detaching guard.
-  EXPECT_FALSE(machine.AttachForScope());
-
-  OnOtherThread([&] {
+    EXPECT_EQ(stub.record.detachCalls, 1);
     {
       LONG result = -1;
       CJavaVM::ThreadDetachGuard guard = machine.AttachForScope(&result);
@@ -203,46 +166,59 @@ TEST(RuntimeLoading, ScopedAttachmentDetachesOnEveryPathAndOnlyWhatItAttached) {
       EXPECT_NE(machine.GetEnv(), nullptr);
     }
     EXPECT_EQ(machine.GetEnv(), nullptr);
-    EXPECT_EQ(record.detachCalls, 1);
-
+    EXPECT_EQ(stub.record.detachCalls, 2);
     try {
       CJavaVM::ThreadDetachGuard guard = machine.AttachForScope();
       throw std::runtime_error("host failure");
     } catch (const std::runtime_error&) {
     }
     EXPECT_EQ(machine.GetEnv(), nullptr);
-    EXPECT_EQ(record.detachCalls, 2);
-  });
-  EXPECT_EQ(record.attachCalls, 2);
+    EXPECT_EQ(stub.record.detachCalls, 3);
+  }).join();
+  EXPECT_EQ(stub.record.attachCalls, 3);
 }
 
-TEST(RuntimeLoading, DestructionDestroysTheMachineAndFreesTheLibrary) {
-  StubRecord record{};
+TEST(RuntimeLoading, RefusalsOfTheMachineAreReturnedAndLeaveTheMapAlone) {
+  StubMachine refusingDetach;
+  ASSERT_EQ(refusingDetach.Create({"-Dstub.detach=-1"}), 0);
+  std::thread([&] {
+    ASSERT_EQ(refusingDetach.machine.AttachCurrentThread(), 0);
+    EXPECT_EQ(refusingDetach.machine.DetachCurrentThread(), JNI_ERR);
+    EXPECT_NE(refusingDetach.machine.GetEnv(), nullptr);
+  }).join();
+
+  StubMachine refusingAttach;
+  ASSERT_EQ(refusingAttach.Create({"-Dstub.attach=-4"}), 0);
+  std::thread([&] {
+    LONG result = 0;
+    EXPECT_FALSE(refusingAttach.machine.AttachForScope(&result));
+    EXPECT_EQ(result, JNI_ENOMEM);
+    EXPECT_EQ(refusingAttach.machine.GetEnv(), nullptr);
+  }).join();
+  EXPECT_EQ(refusingAttach.record.detachCalls, 0);
+}
+
+TEST(RuntimeLoading, DestructionDestroysTheMachineAndFreesTheLibraryButUnloadLeavesItMapped) {
+  StubRecord destroyed{}, unloaded{};
   WString path;
   {
-    CJavaVM machine(TARNIX_TEST_STUB_JRE);
-    path = machine.GetRuntimeLibraryPath();
-    ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
+    StubMachine stub(&destroyed);
+    path = stub.machine.GetRuntimeLibraryPath();
+    ASSERT_EQ(stub.Create(), 0);
     EXPECT_TRUE(IsModuleLoaded(path));
   }
-  EXPECT_EQ(record.destroyCalls, 1);
+  EXPECT_EQ(destroyed.destroyCalls, 1);
   EXPECT_FALSE(IsModuleLoaded(path));
-}
-
-TEST(RuntimeLoading, UnloadLetsGoOfARunningMachineWithoutDestroyingIt) {
-  StubRecord record{};
-  WString path;
   {
-    CJavaVM machine(TARNIX_TEST_STUB_JRE);
-    path = machine.GetRuntimeLibraryPath();
-    ASSERT_EQ(machine.Create({RecordOption(record)}), 0);
-    machine.Unload();
-    EXPECT_EQ(machine.GetEnv(), nullptr);
-    EXPECT_EQ(machine.GetJavaVM(), nullptr);
-    EXPECT_EQ(machine.GetRuntimeModule(), nullptr);
-    EXPECT_EQ(machine.DetachCurrentThread(), JNI_ERR);
+    StubMachine stub(&unloaded);
+    ASSERT_EQ(stub.Create(), 0);
+    stub.machine.Unload();
+    EXPECT_EQ(stub.machine.GetEnv(), nullptr);
+    EXPECT_EQ(stub.machine.GetJavaVM(), nullptr);
+    EXPECT_EQ(stub.machine.GetRuntimeModule(), nullptr);
+    EXPECT_EQ(stub.machine.DetachCurrentThread(), JNI_ERR);
   }
-  EXPECT_EQ(record.destroyCalls, 0);
+  EXPECT_EQ(unloaded.destroyCalls, 0);
   // The machine's threads still run in the library's code, so it stays mapped.
   EXPECT_TRUE(IsModuleLoaded(path));
 

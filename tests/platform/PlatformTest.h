@@ -64,4 +64,31 @@ class CountedObject : public IUnknown {
   std::atomic<ULONG> refs_{1};
 };
 
+// Makes its one CountedObject, answering IUnknown and IClassFactory; counts the objects it
+// was asked for and its own references.
+class CountingFactory : public IClassFactory {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory)) {
+      *ppv = static_cast<IClassFactory*>(this);
+      AddRef();
+      return S_OK;
+    }
+    *ppv = nullptr;
+    return E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
+  ULONG STDMETHODCALLTYPE Release() override { return --refs; }
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
+    ++created;
+    if (outer) return CLASS_E_NOAGGREGATION;
+    return product.QueryInterface(riid, ppv);
+  }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+  std::atomic<ULONG> refs{1};
+  int created = 0;
+  CountedObject product;
+};
+
 }  // namespace tarnix::test

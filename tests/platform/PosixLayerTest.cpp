@@ -131,6 +131,17 @@ TEST(RegFile, ExportFormatIsReadWithEscapesHexTypesAndContinuations) {
   EXPECT_EQ(key.Open(hklm, WSTR("SOFTWARE\\Agent\\Empty"), KEY_READ), ERROR_SUCCESS);
 }
 
+TEST(RegFile, BrokenLinesAreSkippedAndTheGoodOnesStillServed) {
+  HiveFile hive(
+      "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Broken\r\n"
+      "a line without an equals sign\r\n\"unclosed=\"x\r\n\"bad list\"=hex(7):zz,00,\\\r\n"
+      "\"bad number\"=dword:nothex\r\n" +
+      std::string(1 << 20, '[') +
+      "\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Good]\r\n\"v\"=\"kept\"\r\n");
+  EXPECT_GT(hive.skipped(), 0u);
+  EXPECT_EQ(Text(HKEY_LOCAL_MACHINE, "Software\\Good", "v"), WSTR("kept"));
+}
+
 TEST(RegFile, Utf16FilesWithAByteOrderMarkAreRead) {
   const WString text = Wide(
       "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CLASSES_ROOT\\My.Prog\\CLSID]\r\n"
@@ -215,25 +226,10 @@ namespace {
 const CLSID kBuiltin = {
     0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00, 0x50, 0xDA, 0x2D, 0x17, 0x01}};
 
-class BuiltinFactory : public IClassFactory {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
-    *ppv = this;
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID riid, void** ppv) override {
-    return product.QueryInterface(riid, ppv);
-  }
-  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-  tarnix::test::CountedObject product;
-};
-
 }  // namespace
 
 TEST(BuiltinClass, IsCreatableByProgIdWithoutRegistrationAndSurvivesAReload) {
-  static BuiltinFactory factory;
+  static tarnix::test::CountingFactory factory;
   ASSERT_EQ(tarnix::posix::RegisterBuiltinClass(kBuiltin, WSTR("Test.Builtin.1"), &factory), S_OK);
   for (int round = 0; round < 2; ++round) {
     CLSID clsid = {};

@@ -103,50 +103,47 @@ TEST(Variant, ChangeTypeReadsThroughReferencesAndRefusesBadTypes) {
 }
 
 TEST(Variant, NumbersConvertWithBankersRoundingAndReportOverflow) {
-  auto toI4 = [](VARIANT v, LONG* out) {
-    ScopedVariant result;
-    HRESULT hr = VariantChangeType(result.Receive(), &v, 0, VT_I4);
-    if (SUCCEEDED(hr)) *out = result.Get().lVal;
-    return hr;
+  const auto real = [](double d) { return Make(VT_R8, [d](VARIANT& v) { v.dblVal = d; }); };
+  const auto flag = [](VARIANT_BOOL b) {
+    return Make(VT_BOOL, [b](VARIANT& v) { v.boolVal = b; });
   };
-  LONG value = 0;
-  ASSERT_EQ(toI4(Make(VT_R8, [](VARIANT& v) { v.dblVal = 2.5; }), &value), S_OK);
-  EXPECT_EQ(value, 2);
-  ASSERT_EQ(toI4(Make(VT_R8, [](VARIANT& v) { v.dblVal = 3.5; }), &value), S_OK);
-  EXPECT_EQ(value, 4);
-  ASSERT_EQ(toI4(Make(VT_R8, [](VARIANT& v) { v.dblVal = -2.5; }), &value), S_OK);
-  EXPECT_EQ(value, -2);
-  EXPECT_EQ(toI4(Make(VT_R8, [](VARIANT& v) { v.dblVal = 3e9; }), &value), DISP_E_OVERFLOW);
-  ASSERT_EQ(toI4(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }), &value), S_OK);
-  EXPECT_EQ(value, -1);
-  ASSERT_EQ(toI4(Make(VT_BOOL, [](VARIANT& v) { v.boolVal = 1; }), &value), S_OK);
-  EXPECT_EQ(value, 1);
-  ASSERT_EQ(toI4(Make(VT_EMPTY, [](VARIANT&) {}), &value), S_OK);
-  EXPECT_EQ(value, 0);
-  EXPECT_EQ(toI4(Make(VT_NULL, [](VARIANT&) {}), &value), DISP_E_TYPEMISMATCH);
-
-  ScopedVariant text(WSTR(" 42 "));
-  ASSERT_EQ(toI4(text.Get(), &value), S_OK);
-  EXPECT_EQ(value, 42);
-  ScopedVariant half(WSTR("2.5"));
-  ASSERT_EQ(toI4(half.Get(), &value), S_OK);
-  EXPECT_EQ(value, 2);
-  ScopedVariant junk(WSTR("4x"));
-  EXPECT_EQ(toI4(junk.Get(), &value), DISP_E_TYPEMISMATCH);
+  ScopedVariant text(WSTR(" 42 ")), half(WSTR("2.5")), junk(WSTR("4x")), huge(WSTR("-1e999"));
+  const struct {
+    VARIANT from;
+    HRESULT hr;
+    LONG value;
+  } cases[] = {
+      {real(2.5), S_OK, 2},
+      {real(3.5), S_OK, 4},
+      {real(-2.5), S_OK, -2},
+      {real(3e9), DISP_E_OVERFLOW, 0},
+      {flag(VARIANT_TRUE), S_OK, -1},
+      {flag(1), S_OK, 1},
+      {Make(VT_EMPTY, [](VARIANT&) {}), S_OK, 0},
+      {Make(VT_NULL, [](VARIANT&) {}), DISP_E_TYPEMISMATCH, 0},
+      {text.Get(), S_OK, 42},
+      {half.Get(), S_OK, 2},
+      {junk.Get(), DISP_E_TYPEMISMATCH, 0},
+      // Text beyond a double's range overflows rather than reading as zero.
+      {huge.Get(), DISP_E_OVERFLOW, 0},
+  };
+  for (const auto& c : cases) {
+    ScopedVariant result;
+    VARIANT from = c.from;
+    EXPECT_EQ(VariantChangeType(result.Receive(), &from, 0, VT_I4), c.hr) << from.vt;
+    if (c.hr == S_OK) EXPECT_EQ(result.Get().lVal, c.value) << from.vt;
+  }
 
   ScopedVariant big(LONG(70000));
   EXPECT_EQ(big.ChangeType(VT_I2), DISP_E_OVERFLOW);
   EXPECT_EQ(big.type(), VT_I4);  // a failed conversion leaves the value alone
-  ScopedVariant real(WSTR("2.5"));
-  ASSERT_EQ(real.ChangeType(VT_R8), S_OK);
-  EXPECT_EQ(real.Get().dblVal, 2.5);
+  ScopedVariant realText(WSTR("2.5"));
+  ASSERT_EQ(realText.ChangeType(VT_R8), S_OK);
+  EXPECT_EQ(realText.Get().dblVal, 2.5);
 
-  // Text beyond a double's range overflows rather than reading as zero; the text of the
-  // largest double, rounded up to 15 digits, is such a text.
-  ScopedVariant huge(WSTR("1e999"));
-  EXPECT_EQ(huge.ChangeType(VT_R8), DISP_E_OVERFLOW);
-  ScopedVariant hugeNegative(WSTR("-1e999"));
-  EXPECT_EQ(toI4(hugeNegative.Get(), &value), DISP_E_OVERFLOW);
+  // The text of the largest double, rounded up to 15 digits, is beyond its range.
+  ScopedVariant hugeReal(WSTR("1e999"));
+  EXPECT_EQ(hugeReal.ChangeType(VT_R8), DISP_E_OVERFLOW);
   ScopedVariant largest(WSTR("1.79769313486232E+308"));
   EXPECT_EQ(largest.ChangeType(VT_R8), DISP_E_OVERFLOW);
   ScopedVariant tiny(WSTR("1e-999"));

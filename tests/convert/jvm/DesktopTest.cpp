@@ -6,8 +6,6 @@
 namespace tarnix::testing {
 namespace {
 
-constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
-
 std::vector<AdapterValues> ThreeAdapters() {
   return {
       {WSTR("eth0"), WSTR("00:11:22:33:44:55"), WSTR("10.0.0.5"), WSTR("255.255.255.0"),

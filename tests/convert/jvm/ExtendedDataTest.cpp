@@ -4,8 +4,6 @@
 namespace tarnix::testing {
 namespace {
 
-constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
-
 class ExtendedDataTest : public ConvertTest {};
 
 // Attributes walked by a given enumerator.

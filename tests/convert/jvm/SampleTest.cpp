@@ -5,8 +5,6 @@
 namespace tarnix::testing {
 namespace {
 
-constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
-
 class SampleTest : public ConvertTest {
  protected:
   void TearDown() override {

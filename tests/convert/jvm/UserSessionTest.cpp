@@ -4,8 +4,6 @@
 namespace tarnix::testing {
 namespace {
 
-constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80041234);
-
 class UserSessionTest : public ConvertTest {
  protected:
   // The converter takes over the reference it is given; the test keeps its own.

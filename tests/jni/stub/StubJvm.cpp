@@ -22,6 +22,7 @@ StubRecord g_ownRecord;
 StubRecord* g_record = &g_ownRecord;
 jint g_attachResult = JNI_OK;
 jint g_detachResult = JNI_OK;
+jint g_createResult = JNI_OK;
 
 // The environment answers only what the machine's own bookkeeping asks of it.
 jboolean JNICALL ExceptionCheck(JNIEnv*) { return JNI_FALSE; }
@@ -84,20 +85,13 @@ void ApplyOption(const char* option) {
     g_attachResult = std::atoi(value.c_str());
   } else if (OptionValue(option, "-Dstub.detach=", value)) {
     g_detachResult = std::atoi(value.c_str());
+  } else if (OptionValue(option, "-Dstub.result=", value)) {
+    g_createResult = std::atoi(value.c_str());
   }
-}
-
-jint ResultOption(const JavaVMInitArgs* args) {
-  std::string value;
-  for (jint i = 0; args->options && i < args->nOptions; ++i) {
-    if (OptionValue(args->options[i].optionString, "-Dstub.result=", value)) {
-      return std::atoi(value.c_str());
-    }
-  }
-  return JNI_OK;
 }
 
 void Record(const JavaVMInitArgs* args) {
+  g_createResult = JNI_OK;
   for (jint i = 0; args->options && i < args->nOptions; ++i)
     ApplyOption(args->options[i].optionString);
   if (g_record != &g_ownRecord) {
@@ -133,8 +127,7 @@ STUB_EXPORT StubRecord* TarnixStub_Record() { return g_record; }
 STUB_EXPORT jint JNICALL STUB_ENTRY(JavaVM** vm, void** env, void* initArgs) {
   const auto* args = static_cast<const JavaVMInitArgs*>(initArgs);
   Record(args);
-  const jint result = ResultOption(args);
-  if (result != JNI_OK) return result;
+  if (g_createResult != JNI_OK) return g_createResult;
   *vm = &g_vm;
   *env = &g_env;
   return JNI_OK;

@@ -51,44 +51,32 @@ std::string JavaControl::Text(jstring string) {
   return WideToUtf8(wide);
 }
 
-void JavaControl::CallStatic(const char* className, const char* method, const char* signature,
-                             std::vector<jvalue> arguments) {
+std::string JavaControl::CallStatic(const char* className, const char* method,
+                                    const char* signature, std::vector<jvalue> arguments) {
   JNIEnv* env = Env();
-  if (!env) return;
+  if (!env) return {};
   LocalRef<jclass> type(env, env->FindClass(className));
-  ASSERT_TRUE(type) << className;
-  const jmethodID id = env->GetStaticMethodID(type.Get(), method, signature);
-  ASSERT_NE(id, nullptr) << className << "." << method;
-  env->CallStaticVoidMethodA(type.Get(), id, arguments.data());
+  const jmethodID id = type ? env->GetStaticMethodID(type.Get(), method, signature) : nullptr;
+  if (!id) {
+    env->ExceptionClear();
+    ADD_FAILURE() << className << "." << method << " not found";
+    return {};
+  }
+  const bool answersText = std::string(signature).back() != 'V';
+  LocalRef<jstring> text(env, nullptr);
+  if (answersText) {
+    text = LocalRef<jstring>(
+        env, static_cast<jstring>(env->CallStaticObjectMethodA(type.Get(), id, arguments.data())));
+  } else {
+    env->CallStaticVoidMethodA(type.Get(), id, arguments.data());
+  }
   if (env->ExceptionCheck()) {
     env->ExceptionDescribe();
     env->ExceptionClear();
     ADD_FAILURE() << className << "." << method << " threw";
-  }
-}
-
-std::string JavaControl::CallStaticString(const char* className, const char* method,
-                                          const char* signature, std::vector<jvalue> arguments) {
-  JNIEnv* env = Env();
-  if (!env) return {};
-  LocalRef<jclass> type(env, env->FindClass(className));
-  if (!type) {
-    ADD_FAILURE() << className;
     return {};
   }
-  const jmethodID id = env->GetStaticMethodID(type.Get(), method, signature);
-  if (!id) {
-    ADD_FAILURE() << className << "." << method;
-    return {};
-  }
-  LocalRef<jstring> text(
-      env, static_cast<jstring>(env->CallStaticObjectMethodA(type.Get(), id, arguments.data())));
-  if (env->ExceptionCheck()) {
-    env->ExceptionClear();
-    ADD_FAILURE() << className << "." << method << " threw";
-    return {};
-  }
-  return Text(text.Get());
+  return answersText ? Text(text.Get()) : std::string();
 }
 
 namespace {
@@ -143,7 +131,7 @@ std::vector<std::string> JavaControl::Calls() {
   const jmethodID count = env->GetStaticMethodID(type.Get(), "count", "()I");
   const jint n = env->CallStaticIntMethod(type.Get(), count);
   for (jint i = 0; i < n; ++i) {
-    calls.push_back(CallStaticString(kCalls, "get", "(I)Ljava/lang/String;", {Int(i)}));
+    calls.push_back(CallStatic(kCalls, "get", "(I)Ljava/lang/String;", {Int(i)}));
   }
   return calls;
 }
@@ -151,7 +139,12 @@ std::vector<std::string> JavaControl::Calls() {
 void JavaControl::ClearCalls() { CallStatic(kCalls, "clear", "()V", {}); }
 
 std::string JavaControl::Describe(jobject object) {
-  return CallStaticString(kText, "of", "(Ljava/lang/Object;)Ljava/lang/String;", {Object(object)});
+  return CallStatic(kText, "of", "(Ljava/lang/Object;)Ljava/lang/String;", {Object(object)});
+}
+
+std::string JavaControl::ThrowableText(jobject throwable) {
+  return CallStatic(kText, "throwableText", "(Ljava/lang/Throwable;)Ljava/lang/String;",
+                    {Object(throwable)});
 }
 
 namespace {

@@ -46,13 +46,14 @@ class JavaControl {
 
   // describe() of a data-model stand-in.
   std::string Describe(jobject object);
+  // Java's own text of a throwable: toString(), then each frame on a line of its own.
+  std::string ThrowableText(jobject throwable);
 
  private:
   JNIEnv* Env();
-  void CallStatic(const char* className, const char* method, const char* signature,
-                  std::vector<jvalue> arguments);
-  std::string CallStaticString(const char* className, const char* method, const char* signature,
-                               std::vector<jvalue> arguments);
+  // A static method's answer as text; empty for a void one.
+  std::string CallStatic(const char* className, const char* method, const char* signature,
+                         std::vector<jvalue> arguments);
   jstring Java(const std::string& text);
   std::string Text(jstring string);
 
