@@ -20,7 +20,7 @@ class JavaCallTest : public BridgeTest {
   }
 };
 
-TEST_F(JavaCallTest, StringsKeepEveryCodeUnitGoingInAndStopAtZeroComingBack) {
+TEST_F(JavaCallTest, StringsKeepEveryCodeUnitGoingInStopAtZeroComingBackAndNullHasNoText) {
   auto empty = machine_->NewString(WString());
   ASSERT_TRUE(empty);
   ASSERT_NE(empty->Get(), nullptr);
@@ -46,16 +46,15 @@ TEST_F(JavaCallTest, StringsKeepEveryCodeUnitGoingInAndStopAtZeroComingBack) {
   const WString wide = WSTR("Grüße \u20AC \U0001F600");
   EXPECT_EQ(TextOf(probe_->CallStringMethod(Probe::echo, machine_->NewString(wide))),
             "Grüße \u20AC \U0001F600");
-}
 
-TEST_F(JavaCallTest, NullAnswersGiveAStringWithoutText) {
+  // A null answer is a string without text.
   for (auto answer : {probe_->CallStringMethod(Probe::answerNull),
                       probe_->CallStringMethod(Probe::echo, nullptr)}) {
     ASSERT_TRUE(answer);
     EXPECT_EQ(answer->Get(), nullptr);
-    WString text = WSTR("untouched");
-    EXPECT_FALSE(answer->GetText(text));
-    EXPECT_EQ(text, WSTR("untouched"));
+    WString untouched = WSTR("untouched");
+    EXPECT_FALSE(answer->GetText(untouched));
+    EXPECT_EQ(untouched, WSTR("untouched"));
   }
   EXPECT_FALSE(env_->ExceptionCheck());
 }

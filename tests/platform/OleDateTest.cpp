@@ -52,7 +52,7 @@ TEST(OleDate, DatesBecomeCalendarTimesAndFileTimes) {
   }
 }
 
-TEST(OleDate, OutOfRangeDatesAndTimesAreRefused) {
+TEST(OleDate, OutOfRangeDatesAndTimesAreRefusedAndCalendarTimesConvertBack) {
   UDATE ud = {};
   EXPECT_EQ(VarUdateFromDate(2958466.0, 0, &ud), E_INVALIDARG);
   EXPECT_EQ(VarUdateFromDate(-657435.0, 0, &ud), E_INVALIDARG);
@@ -73,14 +73,13 @@ TEST(OleDate, OutOfRangeDatesAndTimesAreRefused) {
   EXPECT_FALSE(SystemTimeToFileTime(&bad, &ft));
   SYSTEMTIME early = {1600, 12, 0, 31, 0, 0, 0, 0};
   EXPECT_FALSE(SystemTimeToFileTime(&early, &ft));
-}
 
-TEST(OleDate, CalendarTimesConvertBackToDates) {
+  // Calendar times back to dates.
   SYSTEMTIME noon = {2000, 1, 6, 1, 12, 0, 0, 0};
   double date = 0;
   ASSERT_TRUE(SystemTimeToVariantTime(&noon, &date));
   EXPECT_DOUBLE_EQ(date, 36526.5);
-  UDATE ud = {};
+  ud = UDATE{};
   ud.st = noon;
   ASSERT_EQ(VarDateFromUdate(&ud, 0, &date), S_OK);
   EXPECT_DOUBLE_EQ(date, 36526.5);

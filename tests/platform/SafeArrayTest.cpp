@@ -82,7 +82,7 @@ class PairRecordInfo : public IRecordInfo {
 
 }  // namespace
 
-TEST(SafeArray, VectorWithLowerBoundOneHasItsBoundsAndElements) {
+TEST(SafeArray, VectorsHaveTheirBoundsAndElementsAndEmptyOrBadOnesDefinedAnswers) {
   ScopedSafeArray array(SafeArrayCreateVector(VT_BSTR, 1, 3));
   ASSERT_TRUE(array);
   LONG lower = 0, upper = 0;
@@ -123,17 +123,14 @@ TEST(SafeArray, VectorWithLowerBoundOneHasItsBoundsAndElements) {
     EXPECT_EQ(SafeArrayDestroy(array.Get()), DISP_E_ARRAYISLOCKED);
   }
   EXPECT_EQ(SafeArrayUnlock(array.Get()), E_UNEXPECTED);
-}
 
-TEST(SafeArray, EmptyVectorsAndBadRequestsGiveDefinedAnswers) {
   ScopedSafeArray empty(SafeArrayCreateVector(VT_I4, 1, 0));
   ASSERT_TRUE(empty);
-  LONG lower = 9, upper = 9;
+  lower = upper = 9;
   EXPECT_EQ(SafeArrayGetLBound(empty.Get(), 1, &lower), S_OK);
   EXPECT_EQ(SafeArrayGetUBound(empty.Get(), 1, &upper), S_OK);
   EXPECT_EQ(lower, 1);
   EXPECT_EQ(upper, 0);
-
   EXPECT_EQ(SafeArrayCreateVector(VT_EMPTY, 0, 1), nullptr);
   EXPECT_EQ(SafeArrayCreateVector(VT_NULL, 0, 1), nullptr);
   EXPECT_EQ(SafeArrayGetLBound(nullptr, 1, &lower), E_INVALIDARG);
@@ -144,15 +141,13 @@ TEST(SafeArray, TwoDimensionsKeepTheirOwnBounds) {
   SAFEARRAYBOUND bounds[2] = {{2, 1}, {3, 10}};  // dimension 1: 1..2, dimension 2: 10..12
   ScopedSafeArray array(SafeArrayCreate(VT_I4, 2, bounds));
   ASSERT_TRUE(array);
-  LONG lower = 0, upper = 0;
-  SafeArrayGetLBound(array.Get(), 1, &lower);
-  SafeArrayGetUBound(array.Get(), 1, &upper);
-  EXPECT_EQ(lower, 1);
-  EXPECT_EQ(upper, 2);
-  SafeArrayGetLBound(array.Get(), 2, &lower);
-  SafeArrayGetUBound(array.Get(), 2, &upper);
-  EXPECT_EQ(lower, 10);
-  EXPECT_EQ(upper, 12);
+  for (const UINT dimension : {1u, 2u}) {
+    LONG lower = 0, upper = 0;
+    SafeArrayGetLBound(array.Get(), dimension, &lower);
+    SafeArrayGetUBound(array.Get(), dimension, &upper);
+    EXPECT_EQ(lower, dimension == 1 ? 1 : 10);
+    EXPECT_EQ(upper, dimension == 1 ? 2 : 12);
+  }
   // The first index varies fastest in memory.
   LONG at[2] = {2, 10};
   LONG value = 77;

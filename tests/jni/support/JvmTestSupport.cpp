@@ -99,10 +99,7 @@ jvalue Int(jint number) {
 
 void JavaControl::ThrowIn(const std::string& where, const std::string& exceptionClass,
                           const std::string& message) {
-  JNIEnv* env = Env();
-  LocalRef<jstring> a(env, Java(where)), b(env, Java(exceptionClass)), c(env, Java(message));
-  CallStatic(kFaults, "throwIn", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V",
-             {Object(a.Get()), Object(b.Get()), Object(c.Get())});
+  ThrowOnHit(where, 0, exceptionClass, message);  // 0: every hit
 }
 
 void JavaControl::ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
