@@ -187,39 +187,30 @@ TEST_F(XmlDom, TextJoinsTheDescendantsAndDropsOuterWhiteSpace) {
   EXPECT_EQ(TextOfR(WSTR("<?xml version=\"1.0\" encoding=\"UTF-16\"?><r>\u00e9</r>")), u8"\u00e9");
 }
 
-// A file outside the document that a hostile document names; its text must never show up.
-class SecretFile {
- public:
-  SecretFile(const char* name, const std::string& content)
-      : path_(std::filesystem::temp_directory_path() / name) {
-    std::ofstream(path_, std::ios::binary) << content;
-  }
-  ~SecretFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
-  }
-  WString Url() const {
-    std::string path = path_.generic_string();
-    if (path.front() != '/') path.insert(0, "/");
-    return tarnix::Utf8ToWide("file://" + path);
-  }
-
- private:
-  std::filesystem::path path_;
-};
+// A file URL of a path outside the document.
+WString FileUrl(const std::filesystem::path& file) {
+  std::string path = file.generic_string();
+  if (path.front() != '/') path.insert(0, "/");
+  return tarnix::Utf8ToWide("file://" + path);
+}
 
 TEST_F(XmlDom, HostileDocumentsNeverReachOutsideAndNeverCrash) {
-  const SecretFile secret("tarnix-dom-secret.txt", "SECRET-FILE-TEXT");
-  const SecretFile dtd("tarnix-dom-secret.dtd", "<!ENTITY leak \"SECRET-DTD-TEXT\">");
+  // Files outside the document that it names: their text must never show up.
+  const std::filesystem::path secret = std::filesystem::temp_directory_path() / "tarnix-dom.txt";
+  const std::filesystem::path dtd = std::filesystem::temp_directory_path() / "tarnix-dom.dtd";
+  std::ofstream(secret, std::ios::binary) << "SECRET-FILE-TEXT";
+  std::ofstream(dtd, std::ios::binary) << "<!ENTITY leak \"SECRET-DTD-TEXT\">";
   const WString documents[] = {
-      WSTR("<!DOCTYPE r [<!ENTITY e SYSTEM \"") + secret.Url() + WSTR("\">]><r>&e;</r>"),
-      WSTR("<!DOCTYPE r SYSTEM \"") + dtd.Url() + WSTR("\"><r>&leak;</r>"),
-      WSTR("<!DOCTYPE r [<!ENTITY % p SYSTEM \"") + dtd.Url() + WSTR("\"> %p;]><r>&leak;</r>"),
+      WSTR("<!DOCTYPE r [<!ENTITY e SYSTEM \"") + FileUrl(secret) + WSTR("\">]><r>&e;</r>"),
+      WSTR("<!DOCTYPE r SYSTEM \"") + FileUrl(dtd) + WSTR("\"><r>&leak;</r>"),
+      WSTR("<!DOCTYPE r [<!ENTITY % p SYSTEM \"") + FileUrl(dtd) + WSTR("\"> %p;]><r>&leak;</r>"),
   };
   for (const WString& xml : documents) {
     const std::string text = TextOfR(xml);
     EXPECT_EQ(text.find("SECRET"), std::string::npos) << text;
   }
+  std::filesystem::remove(secret);
+  std::filesystem::remove(dtd);
 
   // Entity expansion, nesting and size beyond any configuration: a defined answer.
   WString laughs = WSTR("<!DOCTYPE r [<!ENTITY a0 \"lol\">");

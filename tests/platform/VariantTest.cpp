@@ -172,17 +172,12 @@ TEST(Variant, ObjectsConvertToUnknownWithAReferenceOfTheirOwnAndNothingElseDoes)
   }
   EXPECT_EQ(object.refs(), 1u);
 
-  for (VARTYPE vt : {VT_EMPTY, VT_NULL, VT_I4, VT_BSTR}) {
-    ScopedVariant source;
-    if (vt == VT_BSTR) source.SetText(WSTR("x"));
-    VARIANT raw = source.Release();
-    raw.vt = vt;
-    if (vt == VT_I4) raw.lVal = 1;
-    ScopedVariant owned;
-    owned.Reset(raw);
+  ScopedVariant empty, null, number(LONG(1)), text(WSTR("x"));
+  null.Reset(Make(VT_NULL, [](VARIANT&) {}));
+  for (const ScopedVariant* from : {&empty, &null, &number, &text}) {
     ScopedVariant out;
-    EXPECT_EQ(VariantChangeType(out.Receive(), owned.AsInput(), 0, VT_UNKNOWN), DISP_E_TYPEMISMATCH)
-        << vt;
+    EXPECT_EQ(VariantChangeType(out.Receive(), from->AsInput(), 0, VT_UNKNOWN), DISP_E_TYPEMISMATCH)
+        << from->type();
     EXPECT_EQ(out.type(), VT_EMPTY);
   }
 }
