@@ -195,14 +195,12 @@ TEST(RegFile, ChangesAreWrittenBackAndReadAgainExactly) {
   EXPECT_EQ(tarnix::posix::ReloadRegistry(), 0u);
   EXPECT_EQ(tarnix::posix::RegistryText(), before);
   DWORD type = 0;
-  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Tricky \"name\" \\",
-                &type),
-            (std::vector<BYTE>{'x', 0, 'y'}));
-  EXPECT_EQ(Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Big", &type).size(),
-            100u);
-  EXPECT_EQ(
-      Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", "Size=Big", &type).size(),
-      100u);
+  const auto stored = [&type](const char* name) {
+    return Raw(HKEY_CLASSES_ROOT, "Interface\\{92AFA5E6}\\ProxyStubClsid32", name, &type);
+  };
+  EXPECT_EQ(stored("Tricky \"name\" \\"), (std::vector<BYTE>{'x', 0, 'y'}));
+  EXPECT_EQ(stored("Big").size(), 100u);
+  EXPECT_EQ(stored("Size=Big").size(), 100u);
   EXPECT_EQ(Raw(HKEY_LOCAL_MACHINE, "SOFTWARE\\Agent", "Multi", &type),
             Utf16(std::u16string(u"a\0bc\0\0", 6)));
   RegKey gone;
