@@ -72,8 +72,7 @@ TEST_F(ComTest, RegisteredClassObjectsAreCreatedInEveryInprocContext) {
   ASSERT_EQ(CoRevokeClassObject(cookie), S_OK);
   EXPECT_EQ(CoRevokeClassObject(0xDEAD), E_INVALIDARG);
   EXPECT_EQ(factory.refs, 1u);
-  ComPtr<IUnknown> after;
-  EXPECT_EQ(CoCreateInstance(kTestClass, nullptr, 0x17, IID_IUnknown, after.ReceiveVoid()),
-            REGDB_E_CLASSNOTREG);
-  EXPECT_FALSE(after);
+  void* after = reinterpret_cast<void*>(1);
+  EXPECT_EQ(CoCreateInstance(kTestClass, nullptr, 0x17, IID_IUnknown, &after), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(after, nullptr);
 }
