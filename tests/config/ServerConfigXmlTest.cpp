@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "config/ServerConfig.h"
-#include "fixtures/FakeCom.h"
+#include "fixtures/HostObjectWatch.h"
 #include "fixtures/FakeHostService.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
@@ -79,9 +79,9 @@ TEST_F(ServerConfigXml, TextIsReadAsADocumentOrElseTakenAsThePathItself) {
 }
 
 // An object that is no XML document.
-class NotADocument : public tarnix::testing::FakeCom<IUnknown> {
+class NotADocument : public tarnix::testing::HostObject<IUnknown> {
  public:
-  NotADocument() : FakeCom("NotADocument") {}
+  NotADocument() : HostObject("NotADocument") {}
 };
 
 TEST_F(ServerConfigXml, DocumentObjectWithoutEntryFailsAndOtherObjectsAreRefused) {
@@ -90,7 +90,7 @@ TEST_F(ServerConfigXml, DocumentObjectWithoutEntryFailsAndOtherObjectsAreRefused
   emptyDocument.SetUnknown(empty.Get());
   EXPECT_EQ(Find(emptyDocument.Get()), Found(kNotFound, "<null>"));
 
-  auto other = tarnix::testing::MakeFake<NotADocument>();
+  auto other = tarnix::testing::MakeHostObject<NotADocument>();
   ScopedVariant object;
   object.SetUnknown(other.Get());
   EXPECT_EQ(Find(object.Get()), Found(E_FAIL, "<null>"));

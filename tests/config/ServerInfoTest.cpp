@@ -179,9 +179,9 @@ TEST_F(ServerInfo, LegacyValueOfOneToFourPiecesAsksTheHostOnlyBelowThree) {
 }
 
 // A stand-in for a configuration object that counts every use the component makes of it.
-class UntouchableConfig : public tarnix::testing::FakeCom<IUnknown> {
+class UntouchableConfig : public tarnix::testing::HostObject<IUnknown> {
  public:
-  UntouchableConfig() : FakeCom("UntouchableConfig") {}
+  UntouchableConfig() : HostObject("UntouchableConfig") {}
 };
 
 TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
@@ -190,7 +190,7 @@ TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kUrl, WSTR("https://named"));
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("named cert"));
   registry_.Apply();
-  auto config = tarnix::testing::MakeFake<UntouchableConfig>();
+  auto config = tarnix::testing::MakeHostObject<UntouchableConfig>();
   const ULONG addRefsBefore = config->AddRefCalls();
   ScopedVariant holder;
   holder.SetUnknown(config.Get());

@@ -37,7 +37,7 @@ class RmiRoundTrip : public RmiHostTest {
 TEST_F(RmiRoundTrip, StartupReachesTheServerAndItsAnswerReachesTheHost) {
   StartServer();
   ASSERT_TRUE(Server().SetAnswer("onStartup", "policy-text"));
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   manager_->Register(Url().c_str(), kAuthToken, kCertificate, callback.Get());
 
   EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
@@ -107,7 +107,7 @@ TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
          1);
   StartServer();
   ASSERT_TRUE(Server().SetAnswer("onStartup", "policy-text"));
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   manager_->Register(Url().c_str(), kAuthToken, kCertificate, callback.Get());
 
   // Slow, but within the client's patience: the answer still arrives.

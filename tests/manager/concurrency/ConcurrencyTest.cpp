@@ -89,7 +89,7 @@ std::vector<Case> MakeCases() {
   };
   const ComPtr<IUnknown> session = unknown(hostsim::MakeSession(2));
   const ComPtr<IUnknown> sample = hostsim::MakeSample();
-  const ComPtr<IUnknown> noItems = unknown(MakeFake<FakeNamedValues>());
+  const ComPtr<IUnknown> noItems = unknown(MakeHostObject<FakeNamedValues>());
   // A callback key may or may not be registered at the moment the answer arrives.
   const std::set<HRESULT> answered = {S_OK, E_FAIL};
   return {
@@ -177,7 +177,7 @@ class ManagerConcurrency : public JvmHostTest {
                         WSTR("https://u/x|svc|cert"));
     registry_.Apply();
     Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
-    executor_ = MakeFake<FakeActionExecutor>();
+    executor_ = MakeHostObject<FakeActionExecutor>();
     Service().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::QueryInterface);
   }
   void TearDown() override {
@@ -265,9 +265,9 @@ class ManagerConcurrency : public JvmHostTest {
   // two (an answer to a third key reaches nobody) as the calls arrive.
   void ChurnCallbacks(const std::atomic<bool>& stop, long* rounds) {
     ComApartment apartment;
-    auto first = MakeFake<FakeDataDumpCallback>();
-    auto second = MakeFake<FakeDataDumpCallback>();
-    auto stranger = MakeFake<FakeDataDumpCallback>();
+    auto first = MakeHostObject<DataDumpInbox>();
+    auto second = MakeHostObject<DataDumpInbox>();
+    auto stranger = MakeHostObject<DataDumpInbox>();
     CRMICommManagerImpl& manager = *manager_;
     for (*rounds = 0; !stop.load(); ++*rounds) {
       EXPECT_EQ(manager.Register(WSTR("url"), WSTR("a"), nullptr, first.Get()), S_OK);

@@ -56,7 +56,7 @@ class ManagerDispatch : public JvmHostTest {
 // What each kind sends is the end-to-end suite's, over real RMI; here, what sends nothing.
 TEST_F(ManagerDispatch, DataOfTheWrongKindFailsAndSendsNothing) {
   ASSERT_EQ(manager_->Initialize(), S_OK);
-  auto notASession = MakeFake<FakeSample>();
+  auto notASession = MakeHostObject<FakeSample>();
   for (unsigned char type = eUserSessionStart; type <= eUserSessionEnd; ++type) {
     EXPECT_EQ(static_cast<uint32_t>(Dump(type, notASession.Get())), 0x80004005u) << int(type);
     EXPECT_EQ(static_cast<uint32_t>(Dump(type, nullptr)), 0x80004005u) << int(type);
@@ -70,7 +70,7 @@ TEST_F(ManagerDispatch, DataOfTheWrongKindFailsAndSendsNothing) {
 TEST_F(ManagerDispatch, AnAttributeTheMapRefusesIsReportedAsAFailedSend) {
   ASSERT_EQ(manager_->Initialize(), S_OK);
   CJavaVM& vm = *manager_->GetJavaVM();
-  auto attributes = MakeFake<FakeNamedValues>();
+  auto attributes = MakeHostObject<FakeNamedValues>();
   attributes->SetText(W("a"), W("1"));
   attributes->SetText(W("b"), W("2"));
   GlobalRef<jobject> broken;
@@ -78,13 +78,13 @@ TEST_F(ManagerDispatch, AnAttributeTheMapRefusesIsReportedAsAFailedSend) {
     if (earlierCalls == 0) broken = BreakLocallyHeldMap(vm);
     if (earlierCalls == 1 && !vm.GetEnv()->ExceptionCheck()) MendMap(vm, broken.Get());
   });
-  auto item = MakeFake<FakeCombined>(
-      std::vector<ComPtr<IUnknown>>{AsUnknown(attributes), AsUnknown(MakeFake<FakeEnumerator>())});
-  auto values = MakeFake<FakeNamedValues>();
+  auto item = MakeHostObject<CombinedObject>(std::vector<ComPtr<IUnknown>>{
+      AsUnknown(attributes), AsUnknown(MakeHostObject<FakeEnumerator>())});
+  auto values = MakeHostObject<FakeNamedValues>();
   values->SetValue(W("meta-data"), Object(item.Get()).Get());
   values->SetValue(W("metrics"), Object(item.Get()).Get());
-  auto data = MakeFake<FakeCombined>(
-      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeFake<FakeSample>())});
+  auto data = MakeHostObject<CombinedObject>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeHostObject<FakeSample>())});
 
   EXPECT_EQ(static_cast<uint32_t>(Dump(eExtendedData, data.Get())), 0x80004005u);
   const auto errors = Lines(Logger(), LogOperation::Error);

@@ -27,7 +27,7 @@ class ManagerDumpData : public JvmHostTest {
     SystemInfo().SetVirtualMachineId(W("vm-7"));
     SystemInfo().SetUniqueId(W("unique-3"));
     SystemInfo().SetMachineName(W("DESK-01"));
-    identities_ = MakeFake<FakeNamedValues>();
+    identities_ = MakeHostObject<FakeNamedValues>();
     identities_->SetText(W("Verdant"), W("verdant-42"));
     SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities_.Get()));
   }
@@ -52,7 +52,7 @@ class ManagerDumpData : public JvmHostTest {
 };
 
 TEST_F(ManagerDumpData, StartupMessageDescribesTheClientAndItsAnswerReachesTheHost) {
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   CRMICommManagerImpl manager;
   ASSERT_EQ(manager.Initialize(), S_OK);
   JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
@@ -95,7 +95,7 @@ TEST_F(ManagerDumpData, IdentityDecidesBeforeJavaAndCarriesItsFailure) {
   ASSERT_EQ(sends.size(), 1u);
   EXPECT_NE(sends[0].find("<id>machine-1</id>"), std::string::npos) << sends[0];
 
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   manager.Register(WSTR("url"), nullptr, nullptr, callback.Get());
   JavaControl(*manager.GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
   EXPECT_EQ(Dump(manager, eStartup), S_OK);

@@ -29,17 +29,17 @@ const std::string kJoinedHostSuffix = "Error code 0x80070015";
 // ---- The host's data for each type, made anew for every call.
 
 ComPtr<FakeUserSession> Session(LONG id) {
-  auto session = MakeFake<FakeUserSession>(id, W("S-1-5-21-" + std::to_string(id)),
-                                           W("user" + std::to_string(id)), W("CORP"));
+  auto session = MakeHostObject<FakeUserSession>(id, W("S-1-5-21-" + std::to_string(id)),
+                                                 W("user" + std::to_string(id)), W("CORP"));
   session->Properties().Add(W("clientName"), Text(W("THIN-07"))).Add(W("port"), I4(4172));
   return session;
 }
 
 // One session's part of a sample: its metrics and one published application.
 ComPtr<FakeSample> Instance() {
-  auto app = MakeFake<FakeSample>();
+  auto app = MakeHostObject<FakeSample>();
   app->AddMetric(W("cpuPercent"), R8(1.5));
-  auto instance = MakeFake<FakeSample>();
+  auto instance = MakeHostObject<FakeSample>();
   instance->AddMetric(W("latencyMs"), I4(21))
       .AddToCollection(W("remoteApps"), W("word.exe"), app.Get());
   return instance;
@@ -49,37 +49,37 @@ ComPtr<IUnknown> NoData() { return nullptr; }
 ComPtr<IUnknown> SessionData() { return AsUnknown(Session(1)); }
 
 ComPtr<IUnknown> SampleData() {
-  auto sample = MakeFake<FakeSample>();
+  auto sample = MakeHostObject<FakeSample>();
   sample->AddMetric(W("cpuPercent"), R8(23.5)).AddMetric(W("queue"), UI8(2));
   sample->AddInstance(W("1"), Instance().Get()).AddInstance(W("2"), Instance().Get());
   return AsUnknown(sample);
 }
 
 ComPtr<IUnknown> LogoffData() {
-  return AsUnknown(MakeFake<FakeCombined>(
+  return AsUnknown(MakeHostObject<CombinedObject>(
       std::vector<ComPtr<IUnknown>>{AsUnknown(Session(2)), AsUnknown(Instance())}));
 }
 
 ComPtr<IUnknown> ExtendedData() {
-  auto attributes = MakeFake<FakeNamedValues>();
+  auto attributes = MakeHostObject<FakeNamedValues>();
   attributes->SetText(W("source"), W("gpu-monitor"));
-  auto instances = MakeFake<FakeEnumerator>();
+  auto instances = MakeHostObject<FakeEnumerator>();
   instances->Add(W("GPU0"), R8(37.5));
-  auto metrics = MakeFake<FakeEnumerator>();
+  auto metrics = MakeHostObject<FakeEnumerator>();
   metrics->Add(W("gpuUtilization"), Object(instances.Get())).Add(W("encoders"), Object(nullptr));
-  auto item = MakeFake<FakeCombined>(
+  auto item = MakeHostObject<CombinedObject>(
       std::vector<ComPtr<IUnknown>>{AsUnknown(attributes), AsUnknown(metrics)});
-  auto values = MakeFake<FakeNamedValues>();
+  auto values = MakeHostObject<FakeNamedValues>();
   values->SetValue(W("meta-data"), Object(item.Get()).Get());
   values->SetValue(W("metrics"), Object(item.Get()).Get());
-  return AsUnknown(MakeFake<FakeCombined>(
-      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeFake<FakeSample>())}));
+  return AsUnknown(MakeHostObject<CombinedObject>(
+      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeHostObject<FakeSample>())}));
 }
 
 ComPtr<IUnknown> TraceRouteData() {
-  auto metadata = MakeFake<FakeNamedValues>();
+  auto metadata = MakeHostObject<FakeNamedValues>();
   metadata->SetText(W("target"), W("msgserver.corp.example"));
-  auto values = MakeFake<FakeNamedValues>();
+  auto values = MakeHostObject<FakeNamedValues>();
   values->SetValue(W("metadata"), Object(metadata.Get()).Get());
   values->SetValue(W("route"), Text(W("1  10.20.30.1  0.412 ms")).Get());
   return AsUnknown(values);
@@ -342,10 +342,10 @@ class FaultInjection : public JvmHostTest, public ::testing::WithParamInterface<
     return count;
   }
 
-  ComPtr<FakeNamedValues> identities_ = MakeFake<FakeNamedValues>();
-  ComPtr<FakeSessionSource> sessions_ = MakeFake<FakeSessionSource>();
-  ComPtr<FakeActionExecutor> executor_ = MakeFake<FakeActionExecutor>();
-  ComPtr<FakeDataDumpCallback> callback_ = MakeFake<FakeDataDumpCallback>();
+  ComPtr<FakeNamedValues> identities_ = MakeHostObject<FakeNamedValues>();
+  ComPtr<FakeSessionSource> sessions_ = MakeHostObject<FakeSessionSource>();
+  ComPtr<FakeActionExecutor> executor_ = MakeHostObject<FakeActionExecutor>();
+  ComPtr<DataDumpInbox> callback_ = MakeHostObject<DataDumpInbox>();
   std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
 };
 

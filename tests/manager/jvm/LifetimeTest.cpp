@@ -84,7 +84,7 @@ TEST_F(ManagerLifetime, TheStartingThreadsEndIsTheManagersEnd) {
   EXPECT_EQ(RawJava().Calls().size(), calls.size());
 
   // Callbacks still work, and Java is left running for the process.
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   CRMICommManager& manager = CRMICommManager::GetInstance();
   EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
   EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
@@ -116,7 +116,7 @@ TEST_F(ManagerLifetime, ACallFromInsideStartUpIsRefusedAndStartUpGoesOn) {
 }
 
 TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   CRMICommManager& manager = CRMICommManager::GetInstance();
   EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
   EXPECT_EQ(RunningJavaVM(), nullptr);
