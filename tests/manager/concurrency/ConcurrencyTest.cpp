@@ -137,7 +137,7 @@ class ManagerConcurrency : public JvmHostTest {
     WriteSettings({});
     hostsim::DescribeDesktop(SystemInfo());
     Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
-    executor_ = MakeHostObject<FakeActionExecutor>();
+    executor_ = MakeHostObject<ActionInbox>();
     Service().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::QueryInterface);
   }
   void TearDown() override {
@@ -261,7 +261,7 @@ class ManagerConcurrency : public JvmHostTest {
   }
 
   std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
-  ComPtr<FakeActionExecutor> executor_;
+  ComPtr<ActionInbox> executor_;
   std::thread starter_;
   std::mutex starterLock_;
   std::condition_variable starterChanged_;

@@ -276,7 +276,7 @@ class FaultInjection : public ManagerJvmTest, public ::testing::WithParamInterfa
   }
 
   ComPtr<FakeNamedValues> identities_ = MakeHostObject<FakeNamedValues>();
-  ComPtr<FakeActionExecutor> executor_ = MakeHostObject<FakeActionExecutor>();
+  ComPtr<ActionInbox> executor_ = MakeHostObject<ActionInbox>();
   ComPtr<DataDumpInbox> callback_ = MakeHostObject<DataDumpInbox>();
 };
 

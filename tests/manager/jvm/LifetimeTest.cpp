@@ -115,20 +115,6 @@ TEST_F(ManagerLifetime, ACallFromInsideStartUpIsRefusedAndStartUpGoesOn) {
   EXPECT_EQ(calls.back(), "dispose()");
 }
 
-TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {
-  auto callback = MakeHostObject<DataDumpInbox>();
-  CRMICommManager& manager = CRMICommManager::GetInstance();
-  EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
-  EXPECT_EQ(RunningJavaVM(), nullptr);
-  EXPECT_EQ(Service().Created(), 0);
-
-  // The first call starts it; this thread's end (the process's) tears it down again.
-  EXPECT_EQ(Dump(), S_OK);
-  EXPECT_NE(RunningJavaVM(), nullptr);
-  EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
-            S_OK);
-}
-
 TEST_F(ManagerLifetime, AnEndingProcessLeavesJavaAlone) {
   CRMICommManagerImpl manager;
   std::thread([&] {
