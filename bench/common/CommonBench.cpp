@@ -14,9 +14,9 @@ const WCHAR kLongPrefix[] = WSTR(
 const HRESULT kFileNotFound = static_cast<HRESULT>(0x80070002);
 
 // A host logger that drops everything, so that only the component's side is measured.
-class DiscardingLogger : public testing::FakeCom<IHostLogger> {
+class DiscardingLogger : public testing::HostObject<IHostLogger> {
  public:
-  DiscardingLogger() : FakeCom("DiscardingLogger") {}
+  DiscardingLogger() : HostObject("DiscardingLogger") {}
   HRESULT STDMETHODCALLTYPE Reserved3() override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE Reserved4() override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE Reserved5() override { return E_NOTIMPL; }
@@ -43,7 +43,7 @@ void ResultCodeSuffixWithSystemText(benchmark::State& state) {
 BENCHMARK(ResultCodeSuffixWithSystemText);
 
 void FailureLineToTheHost(benchmark::State& state) {
-  auto logger = testing::MakeFake<DiscardingLogger>();
+  auto logger = testing::MakeHostObject<DiscardingLogger>();
   const HostLog log(logger.Get());
   for (auto _ : state) log.ErrorWithCode(kLongPrefix, kFileNotFound);
 }
@@ -65,7 +65,7 @@ BENCHMARK(ProductNameFromCommandLine);
 void HostInterfaceThroughTheService(benchmark::State& state) {
   testing::ComApartment apartment;
   testing::RegisteredHostService service;
-  auto logger = testing::MakeFake<DiscardingLogger>();
+  auto logger = testing::MakeHostObject<DiscardingLogger>();
   service.Setup().Offer(IID_IHostLogger, logger, testing::ServiceRoute::QueryInterface);
   size_t made = 0;
   for (auto _ : state) {
@@ -74,7 +74,7 @@ void HostInterfaceThroughTheService(benchmark::State& state) {
     // Each request leaves a retired fake service behind; free them now and then.
     if (++made % 4096 == 0) {
       state.PauseTiming();
-      testing::FakeObject::FreeRetired();
+      testing::FreeRetiredObjects();
       state.ResumeTiming();
     }
   }

@@ -45,8 +45,8 @@ long ResidentKilobytes() {
 class Host {
  public:
   Host() {
-    logger_ = MakeFake<RecordingLogger>();
-    info_ = MakeFake<FakeSystemInfo>();
+    logger_ = MakeHostObject<RecordingLogger>();
+    info_ = MakeHostObject<FakeSystemInfo>();
     info_->SetUniqueId(WSTR("bench-unique-id"));
     service_.Setup().Offer(IID_ISystemInfo, info_, ServiceRoute::QueryInterface);
   }

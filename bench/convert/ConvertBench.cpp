@@ -11,7 +11,7 @@
 #include "RealisticSample.h"
 
 #include "convert/JNIConvertor.h"
-#include "fixtures/FakeCom.h"
+#include "fixtures/HostObjectWatch.h"
 #include "jni/ClassTable.h"
 #include "jni/JavaVM.h"
 
@@ -131,7 +131,7 @@ void WarmUp() {
     convertor.GetSample(bench.machine, bench.host.sample.Get(), bench.host.sessions.Get());
     env->DeleteLocalRef(
         support::RawSample(env, ids, bench.host.sample.Get(), bench.host.sessions.Get()));
-    tarnix::testing::FakeObject::FreeRetired();
+    tarnix::testing::FreeRetiredObjects();
   }
 }
 

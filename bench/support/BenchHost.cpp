@@ -38,7 +38,7 @@ LONG BenchHost::Dump(unsigned char type, IUnknown* data, ULONGLONG number) {
 
 void BenchHost::ClearRecords() {
   logger->Clear();
-  testing::FakeObject::FreeRetired();
+  testing::FreeRetiredObjects();
   JNIEnv* env = manager.GetJavaVM() ? manager.GetJavaVM()->GetEnv() : nullptr;
   if (!env) return;
   jclass calls = env->FindClass("com/tarnix/testing/Calls");

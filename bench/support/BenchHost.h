@@ -16,8 +16,8 @@ namespace tarnix::bench {
 struct BenchHost {
   testing::ComApartment apartment;
   testing::RegisteredHostService service;
-  ComPtr<testing::RecordingLogger> logger = testing::MakeFake<testing::RecordingLogger>();
-  ComPtr<testing::FakeSystemInfo> systemInfo = testing::MakeFake<testing::FakeSystemInfo>();
+  ComPtr<testing::RecordingLogger> logger = testing::MakeHostObject<testing::RecordingLogger>();
+  ComPtr<testing::FakeSystemInfo> systemInfo = testing::MakeHostObject<testing::FakeSystemInfo>();
   testing::TestRegistry registry;
   CRMICommManagerImpl manager;
 

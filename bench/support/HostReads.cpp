@@ -1,7 +1,7 @@
 #include "HostReads.h"
 
 #include "common/SystemService.h"
-#include "fixtures/FakeCom.h"
+#include "fixtures/HostObjectWatch.h"
 #include "platform/ComPtr.h"
 #include "platform/ScopedVariant.h"
 
@@ -90,7 +90,7 @@ HRESULT ReadDumpDataHost(ISystemInfo* system, IUnknown* data, HostIdentity& iden
 void FakeSweep::After(benchmark::State& state) {
   if (++calls_ % 256 != 0) return;
   state.PauseTiming();
-  testing::FakeObject::FreeRetired();
+  testing::FreeRetiredObjects();
   state.ResumeTiming();
 }
 

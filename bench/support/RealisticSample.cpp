@@ -23,21 +23,21 @@ void AddMetrics(fakes::FakeSample& target, const char* prefix, int count) {
 }  // namespace
 
 RealisticSample MakeRealisticSample() {
-  RealisticSample data{fakes::MakeFake<fakes::FakeSample>(kSampleTime),
-                       fakes::MakeFake<fakes::FakeSessionSource>()};
+  RealisticSample data{fakes::MakeHostObject<fakes::FakeSample>(kSampleTime),
+                       fakes::MakeHostObject<fakes::FakeSessionSource>()};
   AddMetrics(*data.sample.Get(), "machine.metric.", kMachineMetrics);
   for (int s = 0; s < kSessions; ++s) {
-    auto session =
-        fakes::MakeFake<fakes::FakeUserSession>(s + 1, Wide("S-1-5-21-" + std::to_string(s)),
-                                                Wide("user" + std::to_string(s)), WSTR("CORP"), 1);
+    auto session = fakes::MakeHostObject<fakes::FakeUserSession>(
+        s + 1, Wide("S-1-5-21-" + std::to_string(s)), Wide("user" + std::to_string(s)),
+        WSTR("CORP"), 1);
     session->Properties()
         .Add(WSTR("client"), fakes::Text(Wide("pc-" + std::to_string(s))))
         .Add(WSTR("protocol"), fakes::Text(WSTR("rdp")));
     data.sessions->Add(session);
-    auto instance = fakes::MakeFake<fakes::FakeSample>(kSampleTime);
+    auto instance = fakes::MakeHostObject<fakes::FakeSample>(kSampleTime);
     AddMetrics(*instance.Get(), "session.metric.", kSessionMetrics);
     for (int a = 0; a < kApps; ++a) {
-      auto app = fakes::MakeFake<fakes::FakeSample>(kSampleTime);
+      auto app = fakes::MakeHostObject<fakes::FakeSample>(kSampleTime);
       AddMetrics(*app.Get(), "app.metric.", kAppMetrics);
       instance->AddToCollection(WSTR("remoteApps"), Wide("app-" + std::to_string(a)), app.Get());
     }

@@ -31,7 +31,7 @@ TEST(LibraryExports, TheHostsNamesReachTheManager) {
   void* manager = getInstance();
   EXPECT_EQ(getInstance(), manager);
 
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   EXPECT_EQ(registerCallback(manager, WSTR("url"), nullptr, WSTR("cert"), callback.Get()), S_OK);
   EXPECT_EQ(callback->RefCount(), 2u);
   EXPECT_EQ(registerCallback(manager, WSTR("url"), nullptr, WSTR("cert"), nullptr), E_POINTER);

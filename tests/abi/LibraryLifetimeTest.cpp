@@ -45,7 +45,7 @@ TEST_F(LibraryLifetime, UnloadDestroysTheManagerWithoutCallingJava) {
   const auto registerCallback = Find<CallbackFunction>(library.Get(), kRegister);
   ASSERT_TRUE(getInstance && dumpData && registerCallback);
   void* manager = getInstance();
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   ASSERT_EQ(registerCallback(manager, WSTR("url"), nullptr, WSTR("cert"), callback.Get()), S_OK);
   EXPECT_EQ(Service().Created(), 0) << "a registration started the Java side";
 

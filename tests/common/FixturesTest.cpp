@@ -14,7 +14,7 @@ TEST(Fixtures, ReferencesLeftBehindOrReleasedTwiceAreReported) {
   EXPECT_NONFATAL_FAILURE(
       {
         ReferenceBalance balance;
-        ComPtr<RecordingLogger> logger = MakeFake<RecordingLogger>();
+        ComPtr<RecordingLogger> logger = MakeHostObject<RecordingLogger>();
         leaked = logger.Get();
         leaked->AddRef();
       },
@@ -22,7 +22,7 @@ TEST(Fixtures, ReferencesLeftBehindOrReleasedTwiceAreReported) {
   leaked->Release();
 
   ReferenceBalance balance;
-  IHostNamedValues* values = MakeFake<FakeNamedValues>().Detach();
+  IHostNamedValues* values = MakeHostObject<FakeNamedValues>().Detach();
   values->Release();
   // The object is retired, not freed, so the extra call is caught safely.
   EXPECT_NONFATAL_FAILURE(values->Release(), "released more often than it was referenced");
@@ -32,7 +32,7 @@ TEST(Fixtures, ReferencesLeftBehindOrReleasedTwiceAreReported) {
 
 TEST(Fixtures, TheLoggerFailsTheTestWhenASecretIsLogged) {
   ReferenceBalance balance;
-  ComPtr<RecordingLogger> logger = MakeFake<RecordingLogger>();
+  ComPtr<RecordingLogger> logger = MakeHostObject<RecordingLogger>();
   logger->ForbidText(WSTR("s3cret"));
   HostLog log(logger.Get());
   log.Info(WSTR("harmless"));

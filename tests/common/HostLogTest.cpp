@@ -10,7 +10,7 @@ namespace {
 
 using testing::HostTest;
 using testing::LogLine;
-using testing::MakeFake;
+using testing::MakeHostObject;
 using testing::RecordingLogger;
 using testing::ReferenceBalance;
 
@@ -94,7 +94,7 @@ TEST(HostLog, WithoutALoggerNothingIsWrittenAndNothingAsked) {
   EXPECT_FALSE(none.Level8(WSTR("x")));
 
   // A copy shares the logger, and each holder's reference goes with it.
-  ComPtr<RecordingLogger> logger = MakeFake<RecordingLogger>();
+  ComPtr<RecordingLogger> logger = MakeHostObject<RecordingLogger>();
   {
     HostLog log(logger.Get());
     HostLog copy = log;

@@ -12,7 +12,7 @@ namespace {
 
 using testing::FakeObjectCounts;
 using testing::HostTest;
-using testing::MakeFake;
+using testing::MakeHostObject;
 using testing::ServiceRoute;
 using testing::TestRegistry;
 
@@ -74,7 +74,7 @@ TEST_F(SystemServiceTest, AnInterfaceGivenOnlyThroughGetServiceIsObtainedThere) 
 }
 
 TEST_F(SystemServiceTest, TheObjectFromGetServiceIsQueriedAgainAfterARepair) {
-  auto executor = MakeFake<testing::FakeActionExecutor>();
+  auto executor = MakeHostObject<testing::ActionInbox>();
   Service().Offer(IID_IHostActionExecutor, executor, ServiceRoute::GetService);
   Service().ScriptIntermediateQuery(IID_IHostActionExecutor, {E_NOINTERFACE});
   ComPtr<IHostActionExecutor> obtained;
@@ -84,7 +84,7 @@ TEST_F(SystemServiceTest, TheObjectFromGetServiceIsQueriedAgainAfterARepair) {
 }
 
 TEST_F(SystemServiceTest, ARepairThatFailsAfterGetServiceGivesItsOwnCode) {
-  auto executor = MakeFake<testing::FakeActionExecutor>();
+  auto executor = MakeHostObject<testing::ActionInbox>();
   Service().Offer(IID_IHostActionExecutor, executor, ServiceRoute::GetService);
   // A repair that cannot write (a volatile key takes no lasting subkey) is the last call
   // made: its code is the answer, and the object is not queried again.

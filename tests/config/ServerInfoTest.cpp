@@ -195,9 +195,9 @@ TEST_F(ServerInfo, LegacyValueOfOneToFourPiecesAsksTheHostOnlyBelowThree) {
 }
 
 // A stand-in for a configuration object that counts every use the component makes of it.
-class UntouchableConfig : public tarnix::testing::FakeCom<IUnknown> {
+class UntouchableConfig : public tarnix::testing::HostObject<IUnknown> {
  public:
-  UntouchableConfig() : FakeCom("UntouchableConfig") {}
+  UntouchableConfig() : HostObject("UntouchableConfig") {}
 };
 
 TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
@@ -206,7 +206,7 @@ TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kUrl, WSTR("https://named"));
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("named cert"));
   registry_.Apply();
-  auto config = tarnix::testing::MakeFake<UntouchableConfig>();
+  auto config = tarnix::testing::MakeHostObject<UntouchableConfig>();
   const ULONG addRefsBefore = config->AddRefCalls();
   ScopedVariant holder;
   holder.SetUnknown(config.Get());
@@ -464,7 +464,7 @@ TEST_F(ServerInfo, DocumentObjectWithoutEntryFailsAndOtherObjectsAreRefused) {
   emptyDocument.SetUnknown(empty.Get());
   EXPECT_EQ(Find(emptyDocument.Get()), Found(kNotFound, "<null>"));
 
-  auto other = tarnix::testing::MakeFake<UntouchableConfig>();
+  auto other = tarnix::testing::MakeHostObject<UntouchableConfig>();
   ScopedVariant object;
   object.SetUnknown(other.Get());
   EXPECT_EQ(Find(object.Get()), Found(E_FAIL, "<null>"));

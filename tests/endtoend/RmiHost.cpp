@@ -15,13 +15,11 @@ RmiHostTest::RmiHostTest() {
   set("LogDirectory", "/tmp/tarnix-agent-logs");
   set("ConfigDirectory", "/tmp/tarnix-agent-config");
   registry_.Apply();
-  SystemInfo().SetMachineId(WSTR("machine-1"));
-  SystemInfo().SetVirtualMachineId(WSTR("vm-7"));
-  SystemInfo().SetUniqueId(WSTR("unique-3"));
-  SystemInfo().SetMachineName(WSTR("DESK-01"));
+  DescribeMachine();
 }
 
 void RmiHostTest::TearDown() {
+  manager_.reset();
   server_.reset();
   HostTest::TearDown();
 }

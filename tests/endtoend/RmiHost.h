@@ -1,10 +1,13 @@
 // A host whose component talks to a real message server: the agent's settings in the
-// registry, the host's identity, and the server in a process of its own.
+// registry, the host's identity, the server in a process of its own, and a manager that lets
+// go of the host's objects before the host checks them.
 #pragma once
 
 #include "MessageServerProcess.h"
 #include "fixtures/HostTest.h"
+#include "fixtures/Secrets.h"
 #include "fixtures/TestRegistry.h"
+#include "manager/CommManagerImpl.h"
 #include "platform/WideText.h"
 
 #include <memory>
@@ -25,10 +28,16 @@ class RmiHostTest : public HostTest {
   // The server's URL as the host hands it to the component.
   WString Url() const { return url_; }
 
+  LONG Dump(unsigned char type, IUnknown* data = nullptr, ULONGLONG number = 42) {
+    return manager_->DumpData(url_.c_str(), kAuthToken, kCertificate, number, type, data);
+  }
+
   // The lines of one log operation, as UTF-8.
   std::vector<std::string> Lines(LogOperation operation);
 
   static std::string RuntimeLibrary();
+
+  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
 
  private:
   TestRegistry registry_;

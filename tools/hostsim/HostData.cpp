@@ -1,49 +1,12 @@
 #include "HostData.h"
 
-#include <atomic>
 #include <ctime>
 #include <vector>
 
 namespace tarnix::hostsim {
 namespace {
 
-using namespace tarnix::testing;
-
-class CombinedObject final : public IUnknown {
- public:
-  explicit CombinedObject(std::vector<ComPtr<IUnknown>> parts) : parts_(std::move(parts)) {}
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (!object) return E_POINTER;
-    *object = nullptr;
-    if (IsEqualGUID(iid, IID_IUnknown)) {
-      AddRef();
-      *object = static_cast<IUnknown*>(this);
-      return S_OK;
-    }
-    for (const ComPtr<IUnknown>& part : parts_) {
-      if (part && SUCCEEDED(part->QueryInterface(iid, object))) return S_OK;
-    }
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
-  }
-
- private:
-  std::vector<ComPtr<IUnknown>> parts_;
-  std::atomic<ULONG> references_{1};
-};
-
-template <class T>
-ComPtr<IUnknown> Unknown(const ComPtr<T>& object) {
-  IUnknown* unknown = nullptr;
-  if (object) object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown));
-  return ComPtr<IUnknown>::Attach(unknown);
-}
+using namespace tarnix::host;
 
 // Now, as the host's OLE dates count: days since 30 December 1899.
 DATE Now() { return static_cast<double>(std::time(nullptr)) / 86400.0 + 25569.0; }
@@ -60,15 +23,15 @@ const Person kPeople[] = {
     {3, WSTR("omar.haddad"), WSTR("KIOSK-LOBBY-1"), WSTR("10.20.40.3")},
 };
 
-ComPtr<FakeSample> Application(double cpu, LONG memoryMb) {
-  auto app = MakeFake<FakeSample>(Now());
+ComPtr<Sample> Application(double cpu, LONG memoryMb) {
+  auto app = MakeHostObject<Sample>(Now());
   app->AddMetric(WSTR("cpuPercent"), R8(cpu)).AddMetric(WSTR("memoryMB"), I4(memoryMb));
   return app;
 }
 
 // What one session did in the last interval, with its published applications.
-ComPtr<FakeSample> SessionInstance(LONG id) {
-  auto instance = MakeFake<FakeSample>(Now());
+ComPtr<Sample> SessionInstance(LONG id) {
+  auto instance = MakeHostObject<Sample>(Now());
   instance->AddMetric(WSTR("cpuPercent"), R8(3.5 * id))
       .AddMetric(WSTR("latencyMs"), I4(18 + 7 * id))
       .AddMetric(WSTR("framesPerSecond"), R4(24.0f));
@@ -82,10 +45,10 @@ ComPtr<FakeSample> SessionInstance(LONG id) {
 }  // namespace
 
 ComPtr<IUnknown> Combine(std::initializer_list<ComPtr<IUnknown>> parts) {
-  return ComPtr<IUnknown>::Attach(new CombinedObject(parts));
+  return AsUnknown(MakeHostObject<CombinedObject>(parts));
 }
 
-void DescribeDesktop(FakeSystemInfo& system) {
+void DescribeDesktop(SystemInformation& system) {
   system.SetMachineName(WSTR("DESK-0042"));
   system.SetFQDN(WSTR("desk-0042.corp.example"));
   system.SetMachineId(WSTR("4C4C4544-0042-4D10-8038-B7C04F4A3132"));
@@ -102,9 +65,9 @@ void DescribeDesktop(FakeSystemInfo& system) {
   });
 }
 
-ComPtr<FakeUserSession> MakeSession(LONG id) {
+ComPtr<UserSession> MakeSession(LONG id) {
   const Person& person = kPeople[(id >= 1 && id <= 3) ? id - 1 : 0];
-  auto session = MakeFake<FakeUserSession>(
+  auto session = MakeHostObject<UserSession>(
       id, WSTR("S-1-5-21-3623811015-3361044348-30300820-10") + WString(1, WCHAR('0' + id)),
       person.user, WSTR("CORP"));
   session->Properties()
@@ -114,57 +77,57 @@ ComPtr<FakeUserSession> MakeSession(LONG id) {
   return session;
 }
 
-ComPtr<FakeSessionSource> MakeSessions() {
-  auto sessions = MakeFake<FakeSessionSource>();
+ComPtr<SessionSource> MakeSessions() {
+  auto sessions = MakeHostObject<SessionSource>();
   for (const Person& person : kPeople) sessions->Add(MakeSession(person.id));
   return sessions;
 }
 
 ComPtr<IUnknown> MakeSample() {
-  auto sample = MakeFake<FakeSample>(Now());
+  auto sample = MakeHostObject<Sample>(Now());
   sample->AddMetric(WSTR("cpuPercent"), R8(23.5))
       .AddMetric(WSTR("memoryUsedMB"), UI8(9216))
       .AddMetric(WSTR("diskQueueLength"), I4(2));
   for (const Person& person : kPeople) {
     sample->AddInstance(WString(1, WCHAR('0' + person.id)), SessionInstance(person.id).Get());
   }
-  return Unknown(sample);
+  return AsUnknown(sample);
 }
 
 ComPtr<IUnknown> MakeLogoff(LONG id) {
-  return Combine({Unknown(MakeSession(id)), Unknown(SessionInstance(id))});
+  return Combine({AsUnknown(MakeSession(id)), AsUnknown(SessionInstance(id))});
 }
 
 ComPtr<IUnknown> MakeExtendedData() {
   // The attributes go as a map of texts, the metrics with their instances into a sample;
   // each item answers both ways.
-  auto attributes = MakeFake<FakeNamedValues>();
+  auto attributes = MakeHostObject<NamedValues>();
   attributes->SetText(WSTR("source"), WSTR("gpu-monitor"));
   attributes->SetText(WSTR("driver"), WSTR("535.104"));
-  auto utilisation = MakeFake<FakeEnumerator>();
+  auto utilisation = MakeHostObject<ValueEnumerator>();
   utilisation->Add(WSTR("GPU0"), R8(37.5)).Add(WSTR("GPU1"), R8(12.0));
-  auto metrics = MakeFake<FakeEnumerator>();
+  auto metrics = MakeHostObject<ValueEnumerator>();
   metrics->Add(WSTR("gpuUtilization"), Object(utilisation.Get()))
       .Add(WSTR("encoderSessions"), Object(nullptr));
-  const ComPtr<IUnknown> item = Combine({Unknown(attributes), Unknown(metrics)});
+  const ComPtr<IUnknown> item = Combine({AsUnknown(attributes), AsUnknown(metrics)});
 
-  auto values = MakeFake<FakeNamedValues>();
+  auto values = MakeHostObject<NamedValues>();
   values->SetValue(WSTR("meta-data"), Object(item.Get()).Get());
   values->SetValue(WSTR("metrics"), Object(item.Get()).Get());
-  return Combine({Unknown(values), Unknown(MakeFake<FakeSample>(Now()))});
+  return Combine({AsUnknown(values), AsUnknown(MakeHostObject<Sample>(Now()))});
 }
 
 ComPtr<IUnknown> MakeTraceRoute() {
-  auto metadata = MakeFake<FakeNamedValues>();
+  auto metadata = MakeHostObject<NamedValues>();
   metadata->SetText(WSTR("target"), WSTR("msgserver.corp.example"));
   metadata->SetText(WSTR("protocol"), WSTR("ICMP"));
   metadata->SetText(WSTR("hops"), WSTR("3"));
-  auto values = MakeFake<FakeNamedValues>();
+  auto values = MakeHostObject<NamedValues>();
   values->SetValue(WSTR("metadata"), Object(metadata.Get()).Get());
   values->SetValue(WSTR("route"), Text(WSTR("1  10.20.30.1  0.412 ms\n2  10.0.0.1  1.870 ms\n"
                                             "3  172.16.8.20  2.954 ms"))
                                       .Get());
-  return Unknown(values);
+  return AsUnknown(values);
 }
 
 }  // namespace tarnix::hostsim

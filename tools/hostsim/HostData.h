@@ -1,10 +1,10 @@
 // The host's data objects for each kind of DumpData, with realistic content: sessions with
 // their clients, samples with metrics per session and the sessions' published applications,
-// extended data, a trace route. Built from the fake host objects the suites use.
+// extended data, a trace route.
 #pragma once
 
-#include "fixtures/FakeDataObjects.h"
-#include "fixtures/FakeSystemInfo.h"
+#include "hostobjects/DataObjects.h"
+#include "hostobjects/SystemInformation.h"
 
 namespace tarnix::hostsim {
 
@@ -13,11 +13,11 @@ namespace tarnix::hostsim {
 ComPtr<IUnknown> Combine(std::initializer_list<ComPtr<IUnknown>> parts);
 
 // The desktop: machine identity, two network adapters, memory, component identities.
-void DescribeDesktop(testing::FakeSystemInfo& system);
+void DescribeDesktop(host::SystemInformation& system);
 
 // The host's sessions by id: 1 (anna.berg), 2 (li.wei), 3 (omar.haddad).
-ComPtr<testing::FakeSessionSource> MakeSessions();
-ComPtr<testing::FakeUserSession> MakeSession(LONG id);
+ComPtr<host::SessionSource> MakeSessions();
+ComPtr<host::UserSession> MakeSession(LONG id);
 
 // A sample of the three sessions with their metrics and published applications.
 ComPtr<IUnknown> MakeSample();

@@ -7,9 +7,9 @@
 #include "JvmProbe.h"
 #include "MessageServerProcess.h"
 
-#include "fixtures/FakeCallbacks.h"
-#include "fixtures/FakeHostService.h"
-#include "fixtures/RecordingLogger.h"
+#include "hostobjects/HostService.h"
+#include "hostobjects/MemoryLogger.h"
+#include "hostobjects/Receivers.h"
 #include "manager/AgentRegistry.h"
 #include "platform/WideText.h"
 #include "tarnix/RMICommManager.h"
@@ -26,7 +26,7 @@
 namespace tarnix::hostsim {
 namespace {
 
-using namespace tarnix::testing;
+using namespace tarnix::host;
 
 struct Paths {
   std::string javaHome = HOSTSIM_JAVA_HOME;
@@ -117,12 +117,12 @@ class Demo {
 
   Paths paths_;
   ComApartment apartment_;
-  RegisteredHostService service_;
-  ComPtr<RecordingLogger> logger_ = MakeFake<RecordingLogger>();
-  ComPtr<FakeSystemInfo> system_ = MakeFake<FakeSystemInfo>();
-  ComPtr<FakeActionExecutor> executor_ = MakeFake<FakeActionExecutor>();
-  ComPtr<FakeDataDumpCallback> callback_ = MakeFake<FakeDataDumpCallback>();
-  ComPtr<FakeSessionSource> sessions_ = MakeSessions();
+  HostServiceRegistration service_;
+  ComPtr<MemoryLogger> logger_ = MakeHostObject<MemoryLogger>();
+  ComPtr<SystemInformation> system_ = MakeHostObject<SystemInformation>();
+  ComPtr<ActionInbox> executor_ = MakeHostObject<ActionInbox>();
+  ComPtr<DataDumpInbox> callback_ = MakeHostObject<DataDumpInbox>();
+  ComPtr<SessionSource> sessions_ = MakeSessions();
   std::unique_ptr<MessageServerProcess> server_;
   ServerInfo info_;
   size_t logSeen_ = 0;
@@ -154,10 +154,10 @@ bool Demo::StartServer(int port) {
 }
 
 bool Demo::SetUpHost() {
-  service_.Setup().Offer(IID_IHostLogger, logger_, ServiceRoute::Both);
-  service_.Setup().Offer(IID_ISystemInfo, system_, ServiceRoute::Both);
-  service_.Setup().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::Both);
-  service_.Setup().Offer(IID_IHostSessionSource, sessions_, ServiceRoute::Both);
+  service_.Offers().Offer(IID_IHostLogger, logger_, ServiceRoute::Both);
+  service_.Offers().Offer(IID_ISystemInfo, system_, ServiceRoute::Both);
+  service_.Offers().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::Both);
+  service_.Offers().Offer(IID_IHostSessionSource, sessions_, ServiceRoute::Both);
   DescribeDesktop(*system_.Get());
   std::filesystem::create_directories(paths_.work + "/logs");
   std::filesystem::create_directories(paths_.work + "/config");
@@ -247,7 +247,7 @@ int Demo::Run(long soakCalls, unsigned char soakType) {
   const auto expect = [&failures](bool ok) { failures += ok ? 0 : 1; };
 
   expect(Dump(eStartup, "eStartup", 0, nullptr, "the agent starts and describes itself") >= 0);
-  ComPtr<FakeUserSession> anna = MakeSession(1);
+  ComPtr<UserSession> anna = MakeSession(1);
   expect(Dump(eUserSessionLogon, "eUserSessionLogon", 0x8000000000000001ull, anna.Get(),
               "anna.berg logs on; the desktop has two network adapters") >= 0);
   ComPtr<IUnknown> sample = MakeSample();
@@ -259,7 +259,7 @@ int Demo::Run(long soakCalls, unsigned char soakType) {
   expect(Dump(eTraceRoute, "eTraceRoute", 10, route.Get(), "a trace route to the message server") >=
          0);
   expect(Dump(eDesktopPoll, "eDesktopPoll", 255, nullptr, "the server's poll of the desktop") >= 0);
-  ComPtr<FakeUserSession> li = MakeSession(2);
+  ComPtr<UserSession> li = MakeSession(2);
   expect(Dump(eUserSessionRefresh, "eUserSessionRefresh", 3, li.Get(),
               "li.wei's session refreshed") >= 0);
   expect(Dump(eUserSessionDisconnect, "eUserSessionDisconnect", 5, li.Get(),
@@ -299,7 +299,7 @@ int Demo::Soak(long calls, unsigned char type) {
     return CRMICommManager::GetInstance().DumpData(info_.url.c_str(), info_.second.c_str(),
                                                    info_.certificate.c_str(), type, type, data);
   };
-  // The host's fake receivers keep every answer they get; without answers the soak
+  // The host's receivers keep the answers they get; without answers the soak
   // measures the component, not them.
   for (const char* method : {"onStartup", "onUserLogon", "onDataCollected",
                              "onExtendedDataCollected", "onDesktopPoll", "onActionPerformed"}) {
@@ -316,7 +316,6 @@ int Demo::Soak(long calls, unsigned char type) {
   for (long i = 1; i <= calls; ++i) {
     if (dump(sample().Get()) < 0) ++failed;
     if (i % 1000 == 0) {
-      FakeObject::FreeRetired();
       logger_->Clear();
       server_->ClearReceived();
     }

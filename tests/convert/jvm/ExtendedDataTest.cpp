@@ -7,10 +7,10 @@ namespace {
 class ExtendedDataTest : public ConvertTest {};
 
 // Attributes walked by a given enumerator.
-class WalkedAttributes : public FakeCom<IHostNamedValues> {
+class WalkedAttributes : public HostObject<IHostNamedValues> {
  public:
   explicit WalkedAttributes(ComPtr<IHostEnumerator> items)
-      : FakeCom("WalkedAttributes"), items_(std::move(items)) {}
+      : HostObject("WalkedAttributes"), items_(std::move(items)) {}
   HRESULT STDMETHODCALLTYPE get_Enumerator(IHostEnumerator** items) override {
     *items = ComPtr<IHostEnumerator>(items_).Detach();
     return S_OK;
@@ -22,7 +22,7 @@ class WalkedAttributes : public FakeCom<IHostNamedValues> {
 };
 
 TEST_F(ExtendedDataTest, AttributesBecomeAMapOfTexts) {
-  auto attributes = MakeFake<FakeNamedValues>();
+  auto attributes = MakeHostObject<FakeNamedValues>();
   attributes->SetText(WSTR("os"), WSTR("linux"));
   attributes->SetValue(WSTR("cores"), I4(5).Get());
   attributes->SetValue(WSTR("blob"), OfType(VT_NULL).Get());  // no text for it: ""
@@ -39,7 +39,7 @@ TEST_F(ExtendedDataTest, AttributesBecomeAMapOfTexts) {
 // The one conversion that leaves a Java exception pending: the caller's send-failure
 // line reports a map that refused an attribute. The later attributes still go in.
 TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
-  auto items = MakeFake<FakeEnumerator>();
+  auto items = MakeHostObject<FakeEnumerator>();
   items->Add(WSTR("a"), Text(WSTR("1"))).Add(WSTR("b"), Text(WSTR("2")));
   GlobalRef<jobject> broken;
   items->OnNext([this, &broken](int earlierCalls) {
@@ -47,7 +47,7 @@ TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
     // No JNI call may be made while the failed put's exception is pending.
     if (earlierCalls == 1 && !Vm().GetEnv()->ExceptionCheck()) MendMap(Vm(), broken.Get());
   });
-  auto attributes = MakeFake<WalkedAttributes>(ComPtr<IHostEnumerator>(items.Get()));
+  auto attributes = MakeHostObject<WalkedAttributes>(ComPtr<IHostEnumerator>(items.Get()));
 
   auto map = Convertor().GetExtendedData(VmRef(), attributes.Get());
 
@@ -61,16 +61,16 @@ TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
 }
 
 TEST_F(ExtendedDataTest, MetricsCarryTheirInstances) {
-  auto disk = MakeFake<FakeEnumerator>();
+  auto disk = MakeHostObject<FakeEnumerator>();
   disk->Add(WSTR("C:"), I4(10)).Add(WSTR("D:"), R8(2.5)).Add(WSTR("E:"), Bool(false));
-  auto net = MakeFake<FakeEnumerator>();          // a metric without instances
-  auto notAnEnumerator = MakeFake<FakeSample>();  // an object without the enumerator
-  auto metrics = MakeFake<FakeEnumerator>();
+  auto net = MakeHostObject<FakeEnumerator>();          // a metric without instances
+  auto notAnEnumerator = MakeHostObject<FakeSample>();  // an object without the enumerator
+  auto metrics = MakeHostObject<FakeEnumerator>();
   metrics->Add(WSTR("disk"), Object(disk.Get()))
       .Add(WSTR("net"), Object(net.Get()))
       .Add(WSTR("odd"), Object(notAnEnumerator.Get()))
       .Add(WSTR("plain"), I4(3));  // no object at all: left out
-  auto sample = MakeFake<FakeSample>(kYear2000);
+  auto sample = MakeHostObject<FakeSample>(kYear2000);
 
   EXPECT_EQ(Describe(Convertor().GetExtendedSample(VmRef(), sample.Get(), metrics.Get())),
             "BaseSample{time=946684800000, metrics=["
@@ -83,14 +83,14 @@ TEST_F(ExtendedDataTest, MetricsCarryTheirInstances) {
 }
 
 TEST_F(ExtendedDataTest, TheSampleGoesWithWhatWentIn) {
-  auto first = MakeFake<FakeEnumerator>();
+  auto first = MakeHostObject<FakeEnumerator>();
   first->Add(WSTR("x"), I4(1)).Add(WSTR("y"), I4(2));
-  auto metrics = MakeFake<FakeEnumerator>();
+  auto metrics = MakeHostObject<FakeEnumerator>();
   metrics->Add(WSTR("first"), Object(first.Get()))
       .Add(WSTR("second"), Object(first.Get()))
       .Add(WSTR("third"), Object(first.Get()))
       .EndWith(kHostFailure, 3);
-  auto sample = MakeFake<FakeSample>(kYear2000);
+  auto sample = MakeHostObject<FakeSample>(kYear2000);
   Java().ThrowOnHit("BaseMetric.addInstance", 2, "java.lang.IllegalStateException", "no y");
   Java().ThrowOnHit("BaseSample.putMetric", 2, "java.lang.IllegalStateException", "no second");
 

@@ -15,7 +15,7 @@ class MetricTest : public ConvertTest {
 };
 
 TEST_F(MetricTest, EachAcceptedTypeGoesAsLongDoubleOrTextAndTheRestAreRefused) {
-  auto sample = MakeFake<FakeSample>();
+  auto sample = MakeHostObject<FakeSample>();
   sample->AddMetric(WSTR("i2"), I2(-2))
       .AddMetric(WSTR("i4"), I4(-40000))
       .AddMetric(WSTR("ui2"), UI2(65535))
@@ -61,7 +61,7 @@ TEST_F(MetricTest, EachAcceptedTypeGoesAsLongDoubleOrTextAndTheRestAreRefused) {
 }
 
 TEST_F(MetricTest, AMetricThatCannotBeValuedOrPutIsLeftOutAlone) {
-  auto sample = MakeFake<FakeSample>(kUnixEpoch);
+  auto sample = MakeHostObject<FakeSample>(kUnixEpoch);
   sample->AddMetric(WSTR("a"), I4(1))
       .AddMetric(WSTR("b"), I4(2))
       .AddMetric(WSTR("c"), I4(3))
@@ -90,19 +90,19 @@ TEST_F(MetricTest, AMetricThatCannotBeValuedOrPutIsLeftOutAlone) {
 TEST_F(MetricTest, EmptyOrUnreadableMetricsLeaveTheTargetAsItWas) {
   auto target = NewTarget();
   ASSERT_TRUE(target);
-  auto empty = MakeFake<FakeSample>();
+  auto empty = MakeHostObject<FakeSample>();
   EXPECT_FALSE(Convertor().PutMetrics(VmRef(), *target, empty.Get()));
   EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
 
   // An enumerator that fails at once delivered nothing either.
-  auto failing = MakeFake<FakeSample>();
+  auto failing = MakeHostObject<FakeSample>();
   failing->EndMetricsWith(kHostFailure);
   EXPECT_FALSE(Convertor().PutMetrics(VmRef(), *target, failing.Get()));
   EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
 
   // A metric whose object cannot be made.
   Java().ThrowIn("BaseMetric.<init>", "java.lang.IllegalStateException", "no metric");
-  auto one = MakeFake<FakeSample>();
+  auto one = MakeHostObject<FakeSample>();
   one->AddMetric(WSTR("cpu"), I4(1));
   EXPECT_TRUE(Convertor().PutMetrics(VmRef(), *target, one.Get()));
   EXPECT_TRUE(EndsWithException(Lines(LogOperation::Error).back(),

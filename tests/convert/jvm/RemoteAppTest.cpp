@@ -7,20 +7,20 @@ namespace {
 class RemoteAppTest : public ConvertTest {
  protected:
   std::shared_ptr<CJavaObject> NewSession() {
-    auto host = MakeFake<FakeUserSession>(3, WSTR("S-3"), WSTR("ann"), WSTR("CORP"));
+    auto host = MakeHostObject<FakeUserSession>(3, WSTR("S-3"), WSTR("ann"), WSTR("CORP"));
     return Convertor().GetUserSession(VmRef(), ComPtr<IHostUserSession>(host.Get()));
   }
 };
 
 TEST_F(RemoteAppTest, OnlyApplicationsWithMetricsAreAddedAndAnnounced) {
-  auto editor = MakeFake<FakeSample>();
+  auto editor = MakeHostObject<FakeSample>();
   editor->AddMetric(WSTR("cpu"), I4(12)).AddMetric(WSTR("title"), Text(WSTR("notes.txt")));
-  auto idle = MakeFake<FakeSample>();
-  auto refused = MakeFake<FakeSample>();
+  auto idle = MakeHostObject<FakeSample>();
+  auto refused = MakeHostObject<FakeSample>();
   refused->AddMetric(WSTR("cpu"), I4(1));
-  auto unreadable = MakeFake<FakeSample>();  // kept: its metrics were merely unreadable
+  auto unreadable = MakeHostObject<FakeSample>();  // kept: its metrics were merely unreadable
   unreadable->FailMetrics(kHostFailure);
-  auto instance = MakeFake<FakeSample>(kYear2000);
+  auto instance = MakeHostObject<FakeSample>(kYear2000);
   instance->AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get())
       .AddToCollection(WSTR("remoteApps"), WSTR("idle"), idle.Get())
       .AddToCollection(WSTR("remoteApps"), WSTR("refused"), refused.Get())
@@ -55,13 +55,13 @@ TEST_F(RemoteAppTest, OnlyApplicationsWithMetricsAreAddedAndAnnounced) {
 TEST_F(RemoteAppTest, NoApplicationsOrNoAppObjectLeaveTheSessionWithout) {
   auto session = NewSession();
   ASSERT_TRUE(session);
-  auto none = MakeFake<FakeSample>();
+  auto none = MakeHostObject<FakeSample>();
   Convertor().PutRemoteApps(VmRef(), *session, none.Get());
   EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
 
-  auto app = MakeFake<FakeSample>();
+  auto app = MakeHostObject<FakeSample>();
   app->AddMetric(WSTR("cpu"), I4(1));
-  auto instance = MakeFake<FakeSample>();
+  auto instance = MakeHostObject<FakeSample>();
   instance->AddToCollection(WSTR("remoteApps"), WSTR("editor"), app.Get());
   Java().ThrowIn("BaseRemoteApp.<init>", "java.lang.IllegalStateException", "no app");
   Convertor().PutRemoteApps(VmRef(), *session, instance.Get());

@@ -12,29 +12,30 @@ class SampleTest : public ConvertTest {
     ConvertTest::TearDown();
   }
 
-  ComPtr<FakeSessionSource> sessions_ = MakeFake<FakeSessionSource>();
+  ComPtr<FakeSessionSource> sessions_ = MakeHostObject<FakeSessionSource>();
 };
 
 TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
-  auto ann = MakeFake<FakeUserSession>(1, WSTR("S-1-5-21-1"), WSTR("ann"), WSTR("CORP"), 1);
+  auto ann = MakeHostObject<FakeUserSession>(1, WSTR("S-1-5-21-1"), WSTR("ann"), WSTR("CORP"), 1);
   ann->Properties().Add(WSTR("client"), Text(WSTR("pc-ann")));
-  auto bob = MakeFake<FakeUserSession>(2, WSTR("S-1-5-21-2"), WSTR("bob"), WSTR("CORP"), 0);
-  auto console = MakeFake<FakeUserSession>(0, WSTR("S-1-5-18"), WSTR("SYSTEM"), WSTR("NT"), 1);
+  auto bob = MakeHostObject<FakeUserSession>(2, WSTR("S-1-5-21-2"), WSTR("bob"), WSTR("CORP"), 0);
+  auto console =
+      MakeHostObject<FakeUserSession>(0, WSTR("S-1-5-18"), WSTR("SYSTEM"), WSTR("NT"), 1);
   sessions_->Add(ann).Add(bob).Add(console);
 
-  auto editor = MakeFake<FakeSample>();
+  auto editor = MakeHostObject<FakeSample>();
   editor->AddMetric(WSTR("appCpu"), I4(1));
-  auto idle = MakeFake<FakeSample>();  // an application without metrics is not sent
-  auto annInstance = MakeFake<FakeSample>();
+  auto idle = MakeHostObject<FakeSample>();  // an application without metrics is not sent
+  auto annInstance = MakeHostObject<FakeSample>();
   annInstance->AddMetric(WSTR("sessionCpu"), I4(3))
       .AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get())
       .AddToCollection(WSTR("remoteApps"), WSTR("idle"), idle.Get());
-  auto bobInstance = MakeFake<FakeSample>();
+  auto bobInstance = MakeHostObject<FakeSample>();
   bobInstance->AddMetric(WSTR("sessionCpu"), R8(4.5));
-  auto goneInstance = MakeFake<FakeSample>();
-  auto consoleInstance = MakeFake<FakeSample>();
+  auto goneInstance = MakeHostObject<FakeSample>();
+  auto consoleInstance = MakeHostObject<FakeSample>();
 
-  auto sample = MakeFake<FakeSample>(kYear2000);
+  auto sample = MakeHostObject<FakeSample>(kYear2000);
   sample->AddMetric(WSTR("cpu"), I4(37))
       .AddMetric(WSTR("memory"), R8(0.5))
       .AddInstance(WSTR("1"), annInstance.Get())
@@ -80,7 +81,7 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
 
 TEST_F(SampleTest, AnObjectJavaCannotMakeFailsTheWholeSample) {
   Java().ThrowIn("BaseSample.<init>", "java.lang.IllegalStateException", "no sample");
-  auto plain = MakeFake<FakeSample>();
+  auto plain = MakeHostObject<FakeSample>();
   EXPECT_FALSE(Convertor().GetSample(VmRef(), plain.Get(), sessions_.Get()));
   Java().ClearFaults();
   const std::vector<std::string> errors = Lines(LogOperation::Error);
@@ -89,10 +90,10 @@ TEST_F(SampleTest, AnObjectJavaCannotMakeFailsTheWholeSample) {
                                 "java.lang.IllegalStateException: no sample"));
 
   // A failing walk of the instances ends it like its end: the sample goes as filled.
-  auto ann = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+  auto ann = MakeHostObject<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
   sessions_->Add(ann);
-  auto instance = MakeFake<FakeSample>();
-  auto broken = MakeFake<FakeSample>(kUnixEpoch);
+  auto instance = MakeHostObject<FakeSample>();
+  auto broken = MakeHostObject<FakeSample>(kUnixEpoch);
   broken->AddInstance(WSTR("1"), instance.Get()).EndInstancesWith(kHostFailure);
   auto partial = Convertor().GetSample(VmRef(), broken.Get(), sessions_.Get());
   EXPECT_EQ(Describe(partial),
@@ -106,11 +107,11 @@ TEST_F(SampleTest, AnObjectJavaCannotMakeFailsTheWholeSample) {
 // only the metrics flag tells the two apart, as the remote applications rely on.
 TEST_F(SampleTest, WithoutLoggerResultsAreTheSameAndNothingIsWritten) {
   const CJNIConvertor silent(nullptr);
-  auto ann = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+  auto ann = MakeHostObject<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
   sessions_->Add(ann);
-  auto instance = MakeFake<FakeSample>();
+  auto instance = MakeHostObject<FakeSample>();
   instance->FailMetrics(kHostFailure).FailCollections(kHostFailure);
-  auto sample = MakeFake<FakeSample>(kYear2000);
+  auto sample = MakeHostObject<FakeSample>(kYear2000);
   sample->AddMetric(WSTR("flag"), Bool(true)).AddInstance(WSTR("1"), instance.Get());
   Java().ThrowIn("BaseSample.putSession", "java.lang.IllegalStateException", "refused");
 
@@ -121,7 +122,7 @@ TEST_F(SampleTest, WithoutLoggerResultsAreTheSameAndNothingIsWritten) {
   EXPECT_FALSE(silent.PutMetrics(VmRef(), *target, instance.Get()));
   EXPECT_TRUE(Convertor().PutMetrics(VmRef(), *target, instance.Get()));
 
-  auto noTime = MakeFake<FakeSample>();
+  auto noTime = MakeHostObject<FakeSample>();
   noTime->SetTime(0, kHostFailure);
   EXPECT_FALSE(silent.GetSample(VmRef(), noTime.Get(), sessions_.Get()));
 

@@ -13,15 +13,15 @@ class UserSessionTest : public ConvertTest {
 };
 
 TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
-  auto ann = MakeFake<FakeUserSession>(7, WSTR("S-1-5-21-7"), WSTR("ann"), WSTR("CORP"), 1);
+  auto ann = MakeHostObject<FakeUserSession>(7, WSTR("S-1-5-21-7"), WSTR("ann"), WSTR("CORP"), 1);
   ann->Properties()
       .Add(WSTR("count"), I4(42))
       .Add(WSTR("nothing"), Empty())
       .Add(WSTR("missing"), OfType(VT_NULL))  // no text for it: sent as ""
       .Add(WSTR("client"), Text(WSTR("pc-7")));
-  auto bob =
-      MakeFake<FakeUserSession>(8, WSTR("S-1-5-21-8"), WSTR("bob"), WSTR("CORP"), VARIANT_TRUE);
-  auto eve = MakeFake<FakeUserSession>(9, WSTR("S-1-5-21-9"), WSTR("eve"), WSTR("CORP"), 0);
+  auto bob = MakeHostObject<FakeUserSession>(8, WSTR("S-1-5-21-8"), WSTR("bob"), WSTR("CORP"),
+                                             VARIANT_TRUE);
+  auto eve = MakeHostObject<FakeUserSession>(9, WSTR("S-1-5-21-9"), WSTR("eve"), WSTR("CORP"), 0);
 
   EXPECT_EQ(Describe(Convert(ann)),
             "BaseUserSession{id=7, sid=\"S-1-5-21-7\", user=\"ann\", domain=\"CORP\", "
@@ -37,9 +37,9 @@ TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
 }
 
 TEST_F(UserSessionTest, RefusedPropertiesAreLoggedAndNeverFailTheSession) {
-  auto refused = MakeFake<FakeUserSession>(3, WSTR("S-3"), WSTR("cy"), WSTR("CORP"));
+  auto refused = MakeHostObject<FakeUserSession>(3, WSTR("S-3"), WSTR("cy"), WSTR("CORP"));
   refused->Properties().Add(WSTR("a"), I4(1)).Add(WSTR("b"), I4(2)).Add(WSTR("c"), I4(3));
-  auto unnamed = MakeFake<FakeUserSession>(4, WSTR("S-4"), WSTR("di"), WSTR("CORP"));
+  auto unnamed = MakeHostObject<FakeUserSession>(4, WSTR("S-4"), WSTR("di"), WSTR("CORP"));
   unnamed->Properties().Add(WSTR("x"), I4(1));
   unnamed->Fail(SessionSlot::UserLabel, kHostFailure);
 
@@ -60,7 +60,7 @@ TEST_F(UserSessionTest, RefusedPropertiesAreLoggedAndNeverFailTheSession) {
 TEST_F(UserSessionTest, IdentityFailuresDropTheSessionSilentlyAndTheReferenceIsReleased) {
   for (SessionSlot slot : {SessionSlot::Id, SessionSlot::Sid, SessionSlot::User,
                            SessionSlot::Domain, SessionSlot::Connected}) {
-    auto session = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+    auto session = MakeHostObject<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
     session->Fail(slot, kHostFailure);
     EXPECT_FALSE(Convert(session)) << static_cast<int>(slot);
     EXPECT_EQ(session->RefCount(), 1u);
@@ -70,7 +70,7 @@ TEST_F(UserSessionTest, IdentityFailuresDropTheSessionSilentlyAndTheReferenceIsR
   EXPECT_FALSE(Convertor().GetUserSession(VmRef(), nullptr));
 
   Java().ThrowIn("BaseUserSession.<init>", "java.lang.IllegalStateException", "no session");
-  auto session = MakeFake<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
+  auto session = MakeHostObject<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
   EXPECT_FALSE(Convert(session));
   EXPECT_EQ(session->RefCount(), 1u);
   const std::vector<std::string> errors = Lines(LogOperation::Error);

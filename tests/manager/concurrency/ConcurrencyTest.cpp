@@ -10,9 +10,7 @@
 #include "fixtures/FakeCallbacks.h"
 #include "manager/CommManagerImpl.h"
 #include "manager/ManagerMessages.h"
-#include "platform/ScopedVariant.h"
 #include "tarnix/DataType.h"
-#include "tarnix/RMICommManager.h"
 
 #include <gtest/gtest.h>
 
@@ -35,7 +33,6 @@ namespace {
 
 constexpr int kHostThreads = 8;
 constexpr const char* kRuntimeLibrary = MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so";
-const WString kLegacyKey = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
 
 // Calls per host thread: TARNIX_CONCURRENCY_CALLS, or the default.
 int CallsPerThread(int fallback) {
@@ -82,14 +79,9 @@ struct Case {
 
 // Each host thread makes its own objects, as the host makes one per call.
 std::vector<Case> MakeCases() {
-  const auto unknown = [](auto object) {
-    IUnknown* result = nullptr;
-    if (object) object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&result));
-    return ComPtr<IUnknown>::Attach(result);
-  };
-  const ComPtr<IUnknown> session = unknown(hostsim::MakeSession(2));
+  const ComPtr<IUnknown> session = AsUnknown(hostsim::MakeSession(2));
   const ComPtr<IUnknown> sample = hostsim::MakeSample();
-  const ComPtr<IUnknown> noItems = unknown(MakeFake<FakeNamedValues>());
+  const ComPtr<IUnknown> noItems = AsUnknown(MakeHostObject<NamedValues>());
   // A callback key may or may not be registered at the moment the answer arrives.
   const std::set<HRESULT> answered = {S_OK, E_FAIL};
   return {
@@ -106,6 +98,8 @@ std::vector<Case> MakeCases() {
       {"trace", eTraceRoute, hostsim::MakeTraceRoute(), {S_OK}},
       {"poll", eDesktopPoll, nullptr, {S_OK}},
       {"logon without data", eUserSessionLogon, nullptr, {E_FAIL}},
+      {"end without data", eUserSessionEnd, nullptr, {E_FAIL}},
+      {"start of a sample", eUserSessionStart, sample, {E_FAIL}},
       {"logoff of a sample", eUserSessionLogoff, sample, {E_FAIL}},
       {"sample of a session", eSample, session, {E_FAIL}},
       {"sample without data", eSample, nullptr, {E_FAIL}},
@@ -115,36 +109,6 @@ std::vector<Case> MakeCases() {
       {"type without message", kTypeWithoutMessage, nullptr, {S_OK}},
   };
 }
-
-// The test's own look at the JVM, from a thread of its own: the stand-ins' call records
-// must be emptied as the threads go, or the client's heap fills up with them.
-class CallRecords {
- public:
-  CallRecords() : vm_(RunningJavaVM()) {
-    if (vm_) vm_->AttachCurrentThread(reinterpret_cast<void**>(&env_), nullptr);
-  }
-  ~CallRecords() {
-    if (env_) vm_->DetachCurrentThread();
-  }
-  CallRecords(const CallRecords&) = delete;
-  CallRecords& operator=(const CallRecords&) = delete;
-
-  void Clear() {
-    if (!env_) return;
-    const jclass calls = env_->FindClass("com/tarnix/testing/Calls");
-    const jmethodID clear = calls ? env_->GetStaticMethodID(calls, "clear", "()V") : nullptr;
-    if (clear) env_->CallStaticVoidMethod(calls, clear);
-    if (calls) env_->DeleteLocalRef(calls);
-    if (env_->ExceptionCheck()) {
-      env_->ExceptionClear();
-      ADD_FAILURE() << "Calls.clear threw";
-    }
-  }
-
- private:
-  JavaVM* vm_;
-  JNIEnv* env_ = nullptr;
-};
 
 bool IsAttached() {
   JavaVM* vm = RunningJavaVM();
@@ -172,12 +136,8 @@ class ManagerConcurrency : public JvmHostTest {
         1);
     WriteSettings({});
     hostsim::DescribeDesktop(SystemInfo());
-    registry_.Own(HKEY_LOCAL_MACHINE, kLegacyKey);
-    registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, WSTR("Zelmar Server URL"),
-                        WSTR("https://u/x|svc|cert"));
-    registry_.Apply();
     Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
-    executor_ = MakeFake<FakeActionExecutor>();
+    executor_ = MakeHostObject<ActionInbox>();
     Service().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::QueryInterface);
   }
   void TearDown() override {
@@ -260,34 +220,24 @@ class ManagerConcurrency : public JvmHostTest {
     return tallies;
   }
 
-  // Registers and unregisters callbacks under two keys, and reads the server information,
-  // until `stop`. The registry is thus empty, has one key (every answer reaches it) or
-  // two (an answer to a third key reaches nobody) as the calls arrive.
+  // Registers and unregisters callbacks under two keys until `stop`. The registry is thus empty,
+  // has one key (every answer reaches it) or two (an answer to a third key reaches nobody) as the
+  // calls arrive.
   void ChurnCallbacks(const std::atomic<bool>& stop, long* rounds) {
     ComApartment apartment;
-    auto first = MakeFake<FakeDataDumpCallback>();
-    auto second = MakeFake<FakeDataDumpCallback>();
-    auto stranger = MakeFake<FakeDataDumpCallback>();
+    auto first = MakeHostObject<DataDumpInbox>();
+    auto second = MakeHostObject<DataDumpInbox>();
+    auto stranger = MakeHostObject<DataDumpInbox>();
     CRMICommManagerImpl& manager = *manager_;
     for (*rounds = 0; !stop.load(); ++*rounds) {
       EXPECT_EQ(manager.Register(WSTR("url"), WSTR("a"), nullptr, first.Get()), S_OK);
       EXPECT_EQ(manager.Register(WSTR("url"), WSTR("b"), nullptr, second.Get()), S_OK);
       EXPECT_EQ(manager.Unregister(WSTR("url"), WSTR("b"), nullptr, stranger.Get()), S_OK);
-      if (*rounds % 16 == 0) ExpectServerInfo();
       EXPECT_EQ(manager.Unregister(WSTR("url"), WSTR("b"), nullptr, second.Get()), S_OK);
       std::this_thread::yield();
       EXPECT_EQ(manager.Unregister(WSTR("url"), WSTR("a"), nullptr, first.Get()), S_OK);
     }
   }
-  static void ExpectServerInfo() {
-    BSTR url = nullptr, serviceValue = nullptr, certificate = nullptr;
-    const ScopedVariant config(WSTR("<c/>"));
-    EXPECT_EQ(CRMIConfigLoader::GetServerInfo(config.Get(), &url, &serviceValue, &certificate),
-              S_OK);
-    EXPECT_EQ(U(url ? WString(url) : WString()), "https://u/x");
-    for (BSTR text : {url, serviceValue, certificate}) SysFreeString(text);
-  }
-
   // Every code a thread saw must be one its input allows.
   static void ExpectAllowedCodes(const std::vector<Tally>& tallies,
                                  const std::set<HRESULT>& alsoAllowed) {
@@ -311,7 +261,7 @@ class ManagerConcurrency : public JvmHostTest {
   }
 
   std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
-  ComPtr<FakeActionExecutor> executor_;
+  ComPtr<ActionInbox> executor_;
   std::thread starter_;
   std::mutex starterLock_;
   std::condition_variable starterChanged_;
@@ -335,10 +285,12 @@ TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo
     Watchdog watchdog([&] { return Progress(progress, long(calls) * kHostThreads); },
                       std::chrono::seconds(600));
     std::thread churn([&] { ChurnCallbacks(stop, &churnRounds); });
+    // The stand-ins' call records are emptied as the threads go, or the client's heap fills
+    // up with them.
     std::thread janitor([&] {
-      CallRecords records;
+      RawJava records;
       while (!stop.load()) {
-        records.Clear();
+        records.ClearCalls();
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
       }
     });
@@ -347,7 +299,7 @@ TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo
     churn.join();
     janitor.join();
   }
-  CallRecords().Clear();
+  RawJava().ClearCalls();
 
   ExpectAllowedCodes(tallies, {});
   std::map<HRESULT, long> startupCodes;

@@ -38,14 +38,14 @@ class ManagerHostThreads : public HostTest {
 
 TEST_F(ManagerHostThreads, CallbacksComeAndGoWhileAnswersArrive) {
   CRMICommManagerImpl manager;
-  auto steady = MakeFake<FakeDataDumpCallback>();
+  auto steady = MakeHostObject<DataDumpInbox>();
   ASSERT_EQ(manager.Register(WSTR("url"), WSTR("steady"), nullptr, steady.Get()), S_OK);
 
   // Each churning thread has a key of its own next to the steady one, so an answer to an
   // unknown key finds one key (delivered) or several (refused) as it arrives.
   std::vector<std::thread> threads;
-  std::vector<ComPtr<FakeDataDumpCallback>> churned;
-  for (int t = 0; t < 3; ++t) churned.push_back(MakeFake<FakeDataDumpCallback>());
+  std::vector<ComPtr<DataDumpInbox>> churned;
+  for (int t = 0; t < 3; ++t) churned.push_back(MakeHostObject<DataDumpInbox>());
   for (int t = 0; t < 3; ++t) {
     threads.emplace_back([&manager, callback = churned[t], t] {
       const WString key = WSTR("churn-") + WString(1, WCHAR('0' + t));

@@ -8,14 +8,13 @@
 #include <memory>
 #include <thread>
 
+#include "HostData.h"
 #include "JvmHost.h"
 #include "JvmProbe.h"
 #include "JvmTestSupport.h"
 #include "fixtures/FakeCallbacks.h"
 #include "fixtures/FakeDataObjects.h"
 #include "fixtures/FaultPlan.h"
-#include "fixtures/Secrets.h"
-#include "manager/CommManagerImpl.h"
 #include "tarnix/DataType.h"
 
 namespace tarnix::testing {
@@ -26,64 +25,11 @@ const HRESULT kHostFault = static_cast<HRESULT>(0x80070015);
 const std::string kHostSuffix = "  Error code 0x80070015";
 const std::string kJoinedHostSuffix = "Error code 0x80070015";
 
-// ---- The host's data for each type, made anew for every call.
-
-ComPtr<FakeUserSession> Session(LONG id) {
-  auto session = MakeFake<FakeUserSession>(id, W("S-1-5-21-" + std::to_string(id)),
-                                           W("user" + std::to_string(id)), W("CORP"));
-  session->Properties().Add(W("clientName"), Text(W("THIN-07"))).Add(W("port"), I4(4172));
-  return session;
-}
-
-// One session's part of a sample: its metrics and one published application.
-ComPtr<FakeSample> Instance() {
-  auto app = MakeFake<FakeSample>();
-  app->AddMetric(W("cpuPercent"), R8(1.5));
-  auto instance = MakeFake<FakeSample>();
-  instance->AddMetric(W("latencyMs"), I4(21))
-      .AddToCollection(W("remoteApps"), W("word.exe"), app.Get());
-  return instance;
-}
+// ---- The host's data for each type (the demo's), made anew for every call.
 
 ComPtr<IUnknown> NoData() { return nullptr; }
-ComPtr<IUnknown> SessionData() { return AsUnknown(Session(1)); }
-
-ComPtr<IUnknown> SampleData() {
-  auto sample = MakeFake<FakeSample>();
-  sample->AddMetric(W("cpuPercent"), R8(23.5)).AddMetric(W("queue"), UI8(2));
-  sample->AddInstance(W("1"), Instance().Get()).AddInstance(W("2"), Instance().Get());
-  return AsUnknown(sample);
-}
-
-ComPtr<IUnknown> LogoffData() {
-  return AsUnknown(MakeFake<FakeCombined>(
-      std::vector<ComPtr<IUnknown>>{AsUnknown(Session(2)), AsUnknown(Instance())}));
-}
-
-ComPtr<IUnknown> ExtendedData() {
-  auto attributes = MakeFake<FakeNamedValues>();
-  attributes->SetText(W("source"), W("gpu-monitor"));
-  auto instances = MakeFake<FakeEnumerator>();
-  instances->Add(W("GPU0"), R8(37.5));
-  auto metrics = MakeFake<FakeEnumerator>();
-  metrics->Add(W("gpuUtilization"), Object(instances.Get())).Add(W("encoders"), Object(nullptr));
-  auto item = MakeFake<FakeCombined>(
-      std::vector<ComPtr<IUnknown>>{AsUnknown(attributes), AsUnknown(metrics)});
-  auto values = MakeFake<FakeNamedValues>();
-  values->SetValue(W("meta-data"), Object(item.Get()).Get());
-  values->SetValue(W("metrics"), Object(item.Get()).Get());
-  return AsUnknown(MakeFake<FakeCombined>(
-      std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeFake<FakeSample>())}));
-}
-
-ComPtr<IUnknown> TraceRouteData() {
-  auto metadata = MakeFake<FakeNamedValues>();
-  metadata->SetText(W("target"), W("msgserver.corp.example"));
-  auto values = MakeFake<FakeNamedValues>();
-  values->SetValue(W("metadata"), Object(metadata.Get()).Get());
-  values->SetValue(W("route"), Text(W("1  10.20.30.1  0.412 ms")).Get());
-  return AsUnknown(values);
-}
+ComPtr<IUnknown> SessionData() { return AsUnknown(hostsim::MakeSession(1)); }
+ComPtr<IUnknown> LogoffData() { return hostsim::MakeLogoff(2); }
 
 struct Kind {
   unsigned char type;
@@ -94,9 +40,9 @@ struct Kind {
 const Kind kKinds[] = {
     {eStartup, "Startup", NoData},
     {eDesktopPoll, "DesktopPoll", NoData},
-    {eSample, "Sample", SampleData},
-    {eExtendedData, "ExtendedData", ExtendedData},
-    {eTraceRoute, "TraceRoute", TraceRouteData},
+    {eSample, "Sample", hostsim::MakeSample},
+    {eExtendedData, "ExtendedData", hostsim::MakeExtendedData},
+    {eTraceRoute, "TraceRoute", hostsim::MakeTraceRoute},
     {eUserSessionLogon, "Logon", SessionData},
     {eUserSessionRefresh, "Refresh", SessionData},
     {eUserSessionReconnect, "Reconnect", SessionData},
@@ -265,23 +211,12 @@ struct DumpRun {
   std::string failed;
 };
 
-class FaultInjection : public JvmHostTest, public ::testing::WithParamInterface<Kind> {
+class FaultInjection : public ManagerJvmTest, public ::testing::WithParamInterface<Kind> {
  protected:
   FaultInjection() {
-    WriteSettings({});
-    SystemInfo().SetMachineId(W("machine-1"));
-    SystemInfo().SetVirtualMachineId(W("vm-7"));
-    SystemInfo().SetUniqueId(W("unique-3"));
-    SystemInfo().SetMachineName(W("DESK-01"));
-    SystemInfo().SetFQDN(W("desk-01.corp.example"));
-    SystemInfo().SetNetworkInterfaces([] {
-      return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"),
-                                W("255.255.255.0"), W("10.0.0.0"), 1000}});
-    });
     identities_->SetText(W("Verdant"), W("verdant-42"));
     SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities_.Get()));
-    sessions_->Add(Session(1)).Add(Session(2));
-    Service().Offer(IID_IHostSessionSource, sessions_, ServiceRoute::Both);
+    Service().Offer(IID_IHostSessionSource, hostsim::MakeSessions(), ServiceRoute::Both);
     Service().Offer(IID_IHostActionExecutor, executor_, ServiceRoute::Both);
   }
 
@@ -299,10 +234,9 @@ class FaultInjection : public JvmHostTest, public ::testing::WithParamInterface<
     manager_->Unregister(WSTR("url"), kAuthToken, kCertificate, callback_.Get());
     manager_.reset();
     identities_.Reset();
-    sessions_.Reset();
     executor_.Reset();
     callback_.Reset();
-    JvmHostTest::TearDown();
+    ManagerJvmTest::TearDown();
   }
 
   // One DumpData with host call `failAt` failing (0: none), checked for what every run
@@ -316,8 +250,7 @@ class FaultInjection : public JvmHostTest, public ::testing::WithParamInterface<
       Logger().Clear();
       {
         const FaultPlan plan(failAt, kHostFault);
-        run.result = manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 42, GetParam().type,
-                                        data.Get());
+        run.result = Dump(GetParam().type, data.Get());
         run.calls = plan.Calls();
         run.failed = plan.Failed();
       }
@@ -342,11 +275,9 @@ class FaultInjection : public JvmHostTest, public ::testing::WithParamInterface<
     return count;
   }
 
-  ComPtr<FakeNamedValues> identities_ = MakeFake<FakeNamedValues>();
-  ComPtr<FakeSessionSource> sessions_ = MakeFake<FakeSessionSource>();
-  ComPtr<FakeActionExecutor> executor_ = MakeFake<FakeActionExecutor>();
-  ComPtr<FakeDataDumpCallback> callback_ = MakeFake<FakeDataDumpCallback>();
-  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
+  ComPtr<FakeNamedValues> identities_ = MakeHostObject<FakeNamedValues>();
+  ComPtr<ActionInbox> executor_ = MakeHostObject<ActionInbox>();
+  ComPtr<DataDumpInbox> callback_ = MakeHostObject<DataDumpInbox>();
 };
 
 TEST_P(FaultInjection, EveryHostCallFailingOnceEndsAsPromised) {
@@ -385,21 +316,7 @@ INSTANTIATE_TEST_SUITE_P(EveryType, FaultInjection, ::testing::ValuesIn(kKinds),
 
 // ---- Each kind of failure the Java client can throw at the component.
 
-class JavaClientFailures : public JvmHostTest {
- protected:
-  JavaClientFailures() {
-    WriteSettings({});
-    SystemInfo().SetMachineId(W("machine-1"));
-    SystemInfo().SetVirtualMachineId(W("vm-7"));
-    SystemInfo().SetUniqueId(W("unique-3"));
-  }
-  void TearDown() override {
-    manager_.reset();
-    JvmHostTest::TearDown();
-  }
-
-  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
-};
+using JavaClientFailures = ManagerJvmTest;
 
 TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
   ASSERT_EQ(manager_->Initialize(), S_OK) << Logger().Dump();
@@ -427,18 +344,15 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
       {"java.lang.OutOfMemoryError", "Java heap space", E_FAIL},
       {"java.lang.InternalError", "broken", E_FAIL},
   };
-  auto session = Session(1);
+  const ComPtr<IUnknown> session = SessionData();
   for (const auto& kind : kinds) {
     SCOPED_TRACE(kind.exception);
     const std::string thrown = std::string(kind.exception) + ": " + kind.message;
     java.ThrowIn("DesktopMessageClient.onStartup", kind.exception, kind.message);
     java.ThrowIn("DesktopMessageClient.onUserDisconnect", kind.exception, kind.message);
     Logger().Clear();
-    EXPECT_EQ(manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, eStartup, nullptr),
-              kind.result);
-    EXPECT_EQ(manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, eUserSessionDisconnect,
-                                 session.Get()),
-              kind.result);
+    EXPECT_EQ(Dump(eStartup), kind.result);
+    EXPECT_EQ(Dump(eUserSessionDisconnect, session.Get()), kind.result);
     EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
     const auto errors = Lines(Logger(), LogOperation::Error);
     ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
@@ -447,7 +361,7 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
                               0),
               0u)
         << errors[0];
-    EXPECT_EQ(errors[1].rfind("Failed to send user event eUserSessionDisconnect for user user1 "
+    EXPECT_EQ(errors[1].rfind("Failed to send user event eUserSessionDisconnect for user anna.berg "
                               "to the message server.  " +
                                   thrown + "\r\n\t",
                               0),
@@ -459,7 +373,7 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
   java.ClearFaults();
   java.SetAnswer("onStartup", std::nullopt);
   Logger().Clear();
-  EXPECT_EQ(manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, eStartup, nullptr), S_OK);
+  EXPECT_EQ(Dump(eStartup), S_OK);
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
 }
 
@@ -467,10 +381,6 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
 // what a call leaves in its frame: here the JVM's own handles to objects whose
 // constructors threw. Many such calls leave its local references as they were.
 TEST_F(JavaClientFailures, ConstructorsThatThrowLeaveTheStartingThreadsReferencesAsTheyWere) {
-  SystemInfo().SetNetworkInterfaces([] {
-    return MakeAdapterArray({{W("eth0"), W("00-11-22-33-44-55"), W("10.0.0.5"), W("255.255.255.0"),
-                              W("10.0.0.0"), 1000}});
-  });
   ASSERT_EQ(manager_->Initialize(), S_OK) << Logger().Dump();
   JavaControl java(*manager_->GetJavaVM());
   const auto locals = [] {
@@ -482,7 +392,7 @@ TEST_F(JavaClientFailures, ConstructorsThatThrowLeaveTheStartingThreadsReference
     ComPtr<IUnknown> (*data)();
   } failures[] = {
       {"DesktopConnection.<init>", eStartup, NoData},
-      {"BaseSample.<init>", eSample, SampleData},
+      {"BaseSample.<init>", eSample, hostsim::MakeSample},
       {"BaseUserSession.<init>", eUserSessionLogon, SessionData},
       {"DesktopInformation.<init>", eUserSessionLogon, SessionData},
       {"NetworkInterface.<init>", eDesktopPoll, NoData},
@@ -496,7 +406,7 @@ TEST_F(JavaClientFailures, ConstructorsThatThrowLeaveTheStartingThreadsReference
     java.ThrowIn(failure.place, "java.lang.IllegalStateException", "refused");
     for (int call = 0; call < 20; ++call) {
       const ComPtr<IUnknown> data = failure.data();
-      manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, failure.type, data.Get());
+      Dump(failure.type, data.Get());
     }
     EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
     EXPECT_EQ(locals(), before);

@@ -35,6 +35,15 @@ void JvmHostTest::ArmFaultsAtStartUp(const std::string& faults) {
   setenv("JAVA_TOOL_OPTIONS", options.c_str(), 1);
 }
 
+std::vector<std::string> ManagerJvmTest::Sends() {
+  std::vector<std::string> sends;
+  for (const std::string& call : RawJava().Calls()) {
+    if (call.rfind("on", 0) == 0 || call.rfind("refreshSession", 0) == 0) sends.push_back(call);
+  }
+  RawJava().ClearCalls();
+  return sends;
+}
+
 std::string StandInClassPath(const std::string& folder) {
   std::string classPath;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
@@ -128,6 +137,15 @@ std::vector<std::string> RawJava::Calls() {
         StaticString("com/tarnix/testing/Calls", "get", "(I)Ljava/lang/String;", &index));
   }
   return calls;
+}
+
+void RawJava::ClearCalls() {
+  if (!env_) return;
+  const jclass type = env_->FindClass("com/tarnix/testing/Calls");
+  const jmethodID clear = type ? env_->GetStaticMethodID(type, "clear", "()V") : nullptr;
+  if (clear) env_->CallStaticVoidMethod(type, clear);
+  if (type) env_->DeleteLocalRef(type);
+  Checked("Calls.clear");
 }
 
 bool RawJava::Checked(const char* what) {

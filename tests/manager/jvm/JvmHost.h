@@ -6,10 +6,13 @@
 #include "ManagerTestSupport.h"
 
 #include "fixtures/HostTest.h"
+#include "fixtures/Secrets.h"
 #include "fixtures/TestRegistry.h"
+#include "manager/CommManagerImpl.h"
 
 #include <jni.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +40,28 @@ class JvmHostTest : public HostTest {
   TestRegistry registry_;
 };
 
+// A manager of the test's own on the real JVM, over the agent's settings and the machine
+// most suites describe. It lets go of the host's objects before the host checks them.
+class ManagerJvmTest : public JvmHostTest {
+ protected:
+  ManagerJvmTest() {
+    WriteSettings({});
+    DescribeMachine();
+  }
+  void TearDown() override {
+    manager_.reset();
+    JvmHostTest::TearDown();
+  }
+  LONG Dump(unsigned char type, IUnknown* data = nullptr, ULONGLONG number = 42) {
+    return manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, number, type, data);
+  }
+  // The messages that carried data since the last look, leaving out construction and
+  // configuration.
+  std::vector<std::string> Sends();
+
+  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
+};
+
 // The class-path folder of the stand-in jars, as start-up lists it.
 std::string StandInClassPath(const std::string& folder);
 
@@ -54,6 +79,7 @@ class RawJava {
   std::string SystemProperty(const char* name);
   // The calls the stand-ins recorded, oldest first.
   std::vector<std::string> Calls();
+  void ClearCalls();
 
  private:
   std::string StaticString(const char* className, const char* method, const char* signature,

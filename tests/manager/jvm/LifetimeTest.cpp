@@ -84,7 +84,7 @@ TEST_F(ManagerLifetime, TheStartingThreadsEndIsTheManagersEnd) {
   EXPECT_EQ(RawJava().Calls().size(), calls.size());
 
   // Callbacks still work, and Java is left running for the process.
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   CRMICommManager& manager = CRMICommManager::GetInstance();
   EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
   EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
@@ -113,20 +113,6 @@ TEST_F(ManagerLifetime, ACallFromInsideStartUpIsRefusedAndStartUpGoesOn) {
   EXPECT_EQ(Count(calls, "DesktopMessageClient()"), 1u);
   ASSERT_FALSE(calls.empty());
   EXPECT_EQ(calls.back(), "dispose()");
-}
-
-TEST_F(ManagerLifetime, CallbacksBeforeTheFirstCallStartNoJava) {
-  auto callback = MakeFake<FakeDataDumpCallback>();
-  CRMICommManager& manager = CRMICommManager::GetInstance();
-  EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
-  EXPECT_EQ(RunningJavaVM(), nullptr);
-  EXPECT_EQ(Service().Created(), 0);
-
-  // The first call starts it; this thread's end (the process's) tears it down again.
-  EXPECT_EQ(Dump(), S_OK);
-  EXPECT_NE(RunningJavaVM(), nullptr);
-  EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
-            S_OK);
 }
 
 TEST_F(ManagerLifetime, AnEndingProcessLeavesJavaAlone) {

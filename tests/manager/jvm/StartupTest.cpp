@@ -66,28 +66,6 @@ TEST_F(JavaStartup, FromTheAgentsRuntimeAndJars) {
   EXPECT_EQ(Logger().Count(), 0u);
 }
 
-TEST_F(JavaStartup, FromTheHostDesktopsJavaHome) {
-  AgentSettings settings;
-  settings.jrePath.reset();
-  settings.javaHome = kJavaHome + "/";
-  WriteSettings(settings);
-  CRMICommManagerImpl manager;
-  ExpectStarted(manager, kJavaHome + "/");
-  EXPECT_TRUE(Logger().Messages(LogOperation::Warning).empty());
-}
-
-TEST_F(JavaStartup, FromTheHostAgentsOwnRuntime) {
-  AgentSettings settings;
-  settings.jrePath.reset();
-  settings.agentInstallPath = MANAGER_TEST_AGENT_INSTALL;
-  WriteSettings(settings);
-  CRMICommManagerImpl manager;
-  ExpectStarted(manager, std::string(MANAGER_TEST_AGENT_INSTALL) + "/jre/");
-  EXPECT_EQ(Lines(Logger(), LogOperation::Warning),
-            std::vector<std::string>{"Failed to retrieve the Java home path.  Using the Vantage "
-                                     "agent's JRE instead.  Error code 0x80070002."});
-}
-
 TEST_F(JavaStartup, WithoutALogFolderTheJavaLoggerIsLeftOut) {
   AgentSettings settings;
   settings.logDirectory.reset();
@@ -101,24 +79,77 @@ TEST_F(JavaStartup, WithoutALogFolderTheJavaLoggerIsLeftOut) {
   EXPECT_EQ(RawJava().Calls(), std::vector<std::string>{"DesktopMessageClient()"});
 }
 
-TEST_F(JavaStartup, AnEmptyClassPathFindsNoClass) {
+// A start-up that fails: the class-path folder it finds (under the broken ones; null: the
+// stand-in jars) or the fault armed in it, the error lines it must log, in order, the classes
+// loaded before it stopped, and a text the last line holds.
+struct Failure {
+  const char* name;
+  const char* folder;
+  const char* fault;
+  std::vector<std::string> errors;
+  size_t loaded;
+  const char* alsoInLastLine;
+};
+
+const Failure kFailures[] = {
+    // A folder without jars is a search that finds nothing, which is logged.
+    {"EmptyClassPath",
+     "empty",
+     "",
+     {"Failed to enumerate class path directory '" + kClassPaths +
+          "/empty/*.jar'.  Error code 0x80070002",
+      std::string("Failed to load class ") + classes::kInstanceLoggerFactory +
+          ".  java.lang.NoClassDefFoundError"},
+     0,
+     ""},
+    {"MissingClass",
+     "missing-class",
+     "",
+     {"Failed to load class " + kDataModel + "BaseRemoteApp.  java.lang.NoClassDefFoundError"},
+     8,
+     ""},
+    {"WrongSignature",
+     "wrong-signature",
+     "",
+     {"Failed to load class " + kDataModel + "BaseRemoteApp.  java.lang.NoSuchMethodError"},
+     8,
+     "putMetric"},
+    {"LoggerFactoryThrows",
+     nullptr,
+     "InstanceLoggerFactory.<init>=java.lang.IllegalStateException:no-log-folder",
+     {"Failed to Initialize the Message Server Logger.  "
+      "java.lang.IllegalStateException: no-log-folder\r\n\t"},
+     1,
+     ""},
+    {"ClientThrows",
+     nullptr,
+     "DesktopMessageClient.<init>=java.lang.IllegalStateException:no-client",
+     {"Failed to create a new message client.  java.lang.IllegalStateException: no-client"},
+     10,
+     ""},
+};
+
+class FailedStartup : public JavaStartup, public ::testing::WithParamInterface<Failure> {};
+
+TEST_P(FailedStartup, LogsWhereItStoppedAndIsNotTriedAgain) {
+  const Failure& failure = GetParam();
   AgentSettings settings;
-  settings.classPath = kClassPaths + "/empty";
+  if (failure.folder) settings.classPath = kClassPaths + "/" + failure.folder;
   WriteSettings(settings);
+  if (*failure.fault) ArmFaultsAtStartUp(failure.fault);
   CRMICommManagerImpl manager;
   EXPECT_EQ(manager.Initialize(), E_FAIL);
-  // A folder without jars is a search that finds nothing, which is logged.
   const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
-  EXPECT_TRUE(StartsWith(errors[0], "Failed to enumerate class path directory '" + kClassPaths +
-                                        "/empty/*.jar'.  Error code 0x80070002"))
-      << errors[0];
-  EXPECT_TRUE(StartsWith(errors[1], std::string("Failed to load class ") +
-                                        classes::kInstanceLoggerFactory +
-                                        ".  java.lang.NoClassDefFoundError"))
-      << errors[1];
-  EXPECT_TRUE(Logger().Messages(LogOperation::Level).empty());
-  EXPECT_EQ(RawJava().SystemProperty("java.class.path"), "");
+  ASSERT_EQ(errors.size(), failure.errors.size()) << Logger().Dump();
+  for (size_t i = 0; i < errors.size(); ++i) {
+    EXPECT_TRUE(StartsWith(errors[i], failure.errors[i])) << errors[i];
+  }
+  EXPECT_NE(errors.back().find(failure.alsoInLastLine), std::string::npos) << errors.back();
+  EXPECT_EQ(Lines(Logger(), LogOperation::Level), LoadedLines(failure.loaded));
+  EXPECT_EQ(CountStartingWith(Logger(), "Initialized communication manager."), 0u);
+  EXPECT_FALSE(manager.GetMessageClient());
+  EXPECT_EQ(static_cast<bool>(manager.GetJavaVM()->GetClass(classes::kHashMap)),
+            failure.loaded == 10);
 
   // One attempt per manager, also after a failure.
   Logger().Clear();
@@ -127,69 +158,10 @@ TEST_F(JavaStartup, AnEmptyClassPathFindsNoClass) {
   EXPECT_FALSE(manager.GetMessageClient());
 }
 
-TEST_F(JavaStartup, AMissingClassStopsTheTable) {
-  AgentSettings settings;
-  settings.classPath = kClassPaths + "/missing-class";
-  WriteSettings(settings);
-  CRMICommManagerImpl manager;
-  EXPECT_EQ(manager.Initialize(), E_FAIL);
-  EXPECT_EQ(Lines(Logger(), LogOperation::Level), LoadedLines(8));
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_TRUE(StartsWith(errors[0], "Failed to load class " + kDataModel +
-                                        "BaseRemoteApp.  java.lang.NoClassDefFoundError"))
-      << errors[0];
-  EXPECT_EQ(CountStartingWith(Logger(), "Initialized communication manager."), 0u);
-  EXPECT_FALSE(manager.GetMessageClient());
-  EXPECT_FALSE(manager.GetJavaVM()->GetClass(classes::kHashMap));
-}
-
-TEST_F(JavaStartup, AMethodOfTheWrongSignatureStopsTheTable) {
-  AgentSettings settings;
-  settings.classPath = kClassPaths + "/wrong-signature";
-  WriteSettings(settings);
-  CRMICommManagerImpl manager;
-  EXPECT_EQ(manager.Initialize(), E_FAIL);
-  EXPECT_EQ(Lines(Logger(), LogOperation::Level), LoadedLines(8));
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_TRUE(StartsWith(errors[0], "Failed to load class " + kDataModel +
-                                        "BaseRemoteApp.  java.lang.NoSuchMethodError"))
-      << errors[0];
-  EXPECT_NE(errors[0].find("putMetric"), std::string::npos) << errors[0];
-  EXPECT_FALSE(manager.GetMessageClient());
-}
-
-TEST_F(JavaStartup, ALoggerFactoryThatThrowsStopsStartUp) {
-  WriteSettings({});
-  ArmFaultsAtStartUp("InstanceLoggerFactory.<init>=java.lang.IllegalStateException:no-log-folder");
-  CRMICommManagerImpl manager;
-  EXPECT_EQ(manager.Initialize(), E_FAIL);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_TRUE(StartsWith(errors[0],
-                         "Failed to Initialize the Message Server Logger.  "
-                         "java.lang.IllegalStateException: no-log-folder\r\n\t"))
-      << errors[0];
-  EXPECT_EQ(Lines(Logger(), LogOperation::Level), LoadedLines(1));
-  EXPECT_EQ(CountStartingWith(Logger(), "SUCCESSFULLY"), 0u);
-}
-
-TEST_F(JavaStartup, AClientThatThrowsStopsStartUp) {
-  WriteSettings({});
-  ArmFaultsAtStartUp("DesktopMessageClient.<init>=java.lang.IllegalStateException:no-client");
-  CRMICommManagerImpl manager;
-  EXPECT_EQ(manager.Initialize(), E_FAIL);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_TRUE(StartsWith(errors[0],
-                         "Failed to create a new message client.  "
-                         "java.lang.IllegalStateException: no-client"))
-      << errors[0];
-  EXPECT_EQ(Lines(Logger(), LogOperation::Level), LoadedLines(10));
-  EXPECT_FALSE(manager.GetMessageClient());
-  EXPECT_EQ(CountStartingWith(Logger(), "Initialized communication manager."), 0u);
-}
+INSTANTIATE_TEST_SUITE_P(Each, FailedStartup, ::testing::ValuesIn(kFailures),
+                         [](const ::testing::TestParamInfo<Failure>& info) {
+                           return std::string(info.param.name);
+                         });
 
 }  // namespace
 }  // namespace tarnix::testing

@@ -32,7 +32,7 @@ class ClientIdentityTest : public HostTest {
 };
 
 TEST_F(ClientIdentityTest, VerdantIdentityNamesTheClient) {
-  auto identities = MakeFake<FakeNamedValues>();
+  auto identities = MakeHostObject<FakeNamedValues>();
   identities->SetText(W("Verdant"), W("verdant-42"));
   SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities.Get()));
 
@@ -53,7 +53,8 @@ TEST_F(ClientIdentityTest, VerdantIdentityNamesTheClient) {
   ASSERT_EQ(Gather(&identity), S_OK);
   EXPECT_EQ(U(identity.machineIdentity), "7");
 
-  SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(MakeFake<FakeNamedValues>().Get()));
+  SystemInfo().SetComponentsIdentities(
+      ComPtr<IHostNamedValues>(MakeHostObject<FakeNamedValues>().Get()));
   ASSERT_EQ(Gather(&identity), S_OK);
   EXPECT_EQ(U(identity.machineIdentity), "machine-1");
 
@@ -65,7 +66,7 @@ TEST_F(ClientIdentityTest, VerdantIdentityNamesTheClient) {
 }
 
 TEST_F(ClientIdentityTest, LostMarshallingOfIdentitiesIsRepairedOnce) {
-  auto identities = MakeFake<FakeNamedValues>();
+  auto identities = MakeHostObject<FakeNamedValues>();
   identities->SetText(W("Verdant"), W("verdant-42"));
   SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities.Get()));
 

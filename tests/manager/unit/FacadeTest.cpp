@@ -68,7 +68,7 @@ class FacadeTest : public HostTest {
 TEST_F(FacadeTest, RegisteringCallbacksStartsNothing) {
   CRMICommManager& manager = CRMICommManager::GetInstance();
   EXPECT_EQ(&manager, &CRMICommManager::GetInstance());
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
 
   EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, WSTR("cert"), callback.Get()),
             S_OK);
@@ -84,7 +84,7 @@ TEST_F(FacadeTest, RegisteringCallbacksStartsNothing) {
 // Whichever allocation fails, first the implementation's construction, then its copies of
 // the host's strings, what leaves the export is an exception carrying E_OUTOFMEMORY.
 TEST_F(FacadeTest, AFailedAllocationLeavesAnExportAsItsResultCode) {
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   CRMICommManager& manager = CRMICommManager::GetInstance();
   for (long failing = 0;; ++failing) {
     SCOPED_TRACE(failing);
@@ -143,7 +143,7 @@ TEST_F(FacadeTest, FailedStartUpIsFinal) {
   EXPECT_EQ(Service().Queries(IID_IHostLogger), 1);
 
   // Callbacks work in every state.
-  auto callback = MakeFake<FakeDataDumpCallback>();
+  auto callback = MakeHostObject<DataDumpInbox>();
   CRMICommManager& manager = CRMICommManager::GetInstance();
   EXPECT_EQ(manager.RegisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()), S_OK);
   EXPECT_EQ(manager.UnregisterDataDumpCallback(WSTR("url"), nullptr, nullptr, callback.Get()),
