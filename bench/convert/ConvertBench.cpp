@@ -12,7 +12,7 @@
 
 #include "convert/JNIConvertor.h"
 #include "fixtures/FakeCom.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 
 #include <benchmark/benchmark.h>

@@ -3,8 +3,8 @@
 #include "common/Bstr.h"
 #include "common/SystemService.h"
 #include "manager/CommManagerImpl.h"
+#include "manager/DataTypes.h"
 #include "platform/ScopedVariant.h"
-#include "tarnix/DataType.h"
 
 namespace tarnix {
 namespace {
@@ -46,11 +46,11 @@ HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log, const WC
                       const WString& text) {
   const HRESULT hr = manager.CallCallback(first, second, third, dataType, text.c_str());
   if (FAILED(hr)) {
-    const WCHAR* format = dataType == eStartup
-                              ? WSTR("Failed to CallCallback for eStartup:(%s, %s, %s)")
-                              : WSTR("Failed to CallCallback for eUserSessionLogon:(%s, %s, %s)");
-    log.Error(format, OrNull(first), OrNull(second), OrNull(third));
-    if (dataType == eStartup) RequestPolicyUpdate(log, hr);
+    log.Error(WSTR("Failed to CallCallback for %s:(%s, %s, %s)"), Enum2String(dataType),
+              OrNull(first), OrNull(second), OrNull(third));
+    if (FindDataType(dataType)->answer == AnswerRoute::CallbacksOrPolicyUpdate) {
+      RequestPolicyUpdate(log, hr);
+    }
   }
   return hr;
 }
@@ -83,15 +83,15 @@ HRESULT ExecuteAction(const HostLog& log, const WString& text) {
 HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* first,
                       const WCHAR* second, const WCHAR* third, unsigned char dataType,
                       const WString& text, HRESULT unhandledResult) {
-  switch (dataType) {
-    case eStartup:
-    case eUserSessionLogon:
+  const DataTypeRow* handling = FindDataType(dataType);
+  switch (handling ? handling->answer : AnswerRoute::Dropped) {
+    case AnswerRoute::Callbacks:
+    case AnswerRoute::CallbacksOrPolicyUpdate:
       return CallCallbacks(manager, log, first, second, third, dataType, text);
-    case eSample:
-    case eExtendedData:
-    case eDesktopPoll: return ExecuteAction(log, text);
-    default: return unhandledResult;
+    case AnswerRoute::ActionExecutor: return ExecuteAction(log, text);
+    case AnswerRoute::Dropped: break;
   }
+  return unhandledResult;
 }
 
 }  // namespace tarnix

@@ -6,6 +6,7 @@
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/LocalRef.h"
+#include "manager/RemoteFailure.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "JvmTestSupport.h"
 #include "ProbeClass.h"
 
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 
