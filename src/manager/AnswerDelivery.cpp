@@ -46,11 +46,11 @@ HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log, const WC
                       const WString& text) {
   const HRESULT hr = manager.CallCallback(first, second, third, dataType, text.c_str());
   if (FAILED(hr)) {
-    log.Error(WSTR("Failed to CallCallback for %s:(%s, %s, %s)"), Enum2String(dataType),
-              OrNull(first), OrNull(second), OrNull(third));
-    if (FindDataType(dataType)->answer == AnswerRoute::CallbacksOrPolicyUpdate) {
-      RequestPolicyUpdate(log, hr);
-    }
+    const WCHAR* format = dataType == eStartup
+                              ? WSTR("Failed to CallCallback for eStartup:(%s, %s, %s)")
+                              : WSTR("Failed to CallCallback for eUserSessionLogon:(%s, %s, %s)");
+    log.Error(format, OrNull(first), OrNull(second), OrNull(third));
+    if (dataType == eStartup) RequestPolicyUpdate(log, hr);
   }
   return hr;
 }
@@ -86,7 +86,6 @@ HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WC
   const DataTypeRow* handling = FindDataType(dataType);
   switch (handling ? handling->answer : AnswerRoute::Dropped) {
     case AnswerRoute::Callbacks:
-    case AnswerRoute::CallbacksOrPolicyUpdate:
       return CallCallbacks(manager, log, first, second, third, dataType, text);
     case AnswerRoute::ActionExecutor: return ExecuteAction(log, text);
     case AnswerRoute::Dropped: break;

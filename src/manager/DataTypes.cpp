@@ -14,7 +14,7 @@ constexpr DataTypeRow kDataTypes[] = {
     {eUserSessionDisconnect, WSTR("eUserSessionDisconnect"), &SendDisconnect, AnswerRoute::Dropped},
     {eUserSessionEnd, WSTR("eUserSessionEnd"), &ConvertSessionOnly, AnswerRoute::Dropped},
     {eExtendedData, WSTR("eExtendedData"), &SendExtendedData, AnswerRoute::ActionExecutor},
-    {eStartup, WSTR("eStartup"), &SendStartup, AnswerRoute::CallbacksOrPolicyUpdate},
+    {eStartup, WSTR("eStartup"), &SendStartup, AnswerRoute::Callbacks},
     {eSample, WSTR("eSample"), &SendSample, AnswerRoute::ActionExecutor},
     {eTraceRoute, WSTR("eTraceRoute"), &SendTraceRoute, AnswerRoute::Dropped},
     {eDesktopPoll, nullptr, &SendDesktopPoll, AnswerRoute::ActionExecutor},

@@ -14,8 +14,6 @@ enum class AnswerRoute {
   Dropped,
   // The host's callbacks.
   Callbacks,
-  // The host's callbacks; when they fail, the host's engine is told to fetch its policy.
-  CallbacksOrPolicyUpdate,
   // The host's action executor.
   ActionExecutor,
 };
