@@ -12,7 +12,7 @@
 
 #include "convert/JNIConvertor.h"
 #include "fixtures/HostObjectWatch.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 
 #include <benchmark/benchmark.h>

@@ -11,7 +11,7 @@
 #include "RealisticSample.h"
 
 #include "HostData.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "tarnix/DataType.h"
 

@@ -1,7 +1,7 @@
 #include "RawSample.h"
 
 #include "convert/JNIConvertor.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 
 #include "platform/ComPtr.h"
 #include "platform/ScopedBstr.h"

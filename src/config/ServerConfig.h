@@ -34,6 +34,9 @@ LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCH
 // policy key itself, certificate or not.
 enum class ServerInfoSource { None, LegacyValue, PolicyUrlAsLegacyValue, XmlNamedKey, PolicyKey };
 
+// CRMIConfigLoader::GetConfigContent: the entry's text as a VT_BSTR copied into `*content`.
+LONG CopyConfigContent(VARIANT config, VARIANT* content);
+
 // CRMIConfigLoader::GetServerInfo, naming in `*source` (when given) the source whose
 // answer is returned: None when every source failed.
 LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,

@@ -6,7 +6,6 @@
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
 #include "platform/XmlDom.h"
-#include "tarnix/RMICommManager.h"
 
 namespace tarnix {
 namespace {
@@ -92,8 +91,6 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
   return ReadEntry(document.Get(), text);
 }
 
-namespace {
-
 LONG CopyConfigContent(VARIANT config, VARIANT* content) {
   ScopedBstr text;
   const HRESULT found = FindServerConfigRegistry(config, text.Receive());
@@ -116,10 +113,4 @@ LONG CopyConfigContent(VARIANT config, VARIANT* content) {
   return VariantCopy(content, owned.AsInput());
 }
 
-}  // namespace
 }  // namespace tarnix
-
-// Lets out only exceptions that carry a result code, as every export does.
-LONG CRMIConfigLoader::GetConfigContent(VARIANT config, VARIANT* content) {
-  return tarnix::WithResultCodes([&] { return tarnix::CopyConfigContent(config, content); });
-}

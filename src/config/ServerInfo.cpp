@@ -9,7 +9,6 @@
 #include "config/ServerConfig.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedSafeArray.h"
-#include "tarnix/RMICommManager.h"
 
 namespace tarnix {
 namespace {
@@ -255,10 +254,3 @@ LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR**
 }
 
 }  // namespace tarnix
-
-LONG CRMIConfigLoader::GetServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
-                                     WCHAR** certificate) {
-  // Lets out only exceptions that carry a result code, as every export does.
-  return tarnix::WithResultCodes(
-      [&] { return tarnix::LookUpServerInfo(config, url, serviceValue, certificate, nullptr); });
-}

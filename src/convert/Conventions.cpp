@@ -1,18 +1,7 @@
 #include "convert/Conversion.h"
 
-#include "jni/ClassTable.h"
-
 namespace tarnix::convert {
 namespace {
-
-constexpr const char* kClassNames[] = {
-    classes::kBaseSample,         classes::kBaseMetric,
-    classes::kBaseUserSession,    classes::kBaseRemoteApp,
-    classes::kDesktopInformation, classes::kNetworkInterface,
-    classes::kDesktopConnection,  classes::kHashMap,
-};
-static_assert(sizeof(kClassNames) / sizeof(kClassNames[0]) ==
-              static_cast<size_t>(DataClass::Count));
 
 // 100-nanosecond ticks from 1601-01-01 to 1970-01-01.
 constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ULL;
@@ -51,7 +40,7 @@ ULONGLONG ToJavaTime(DATE date) {
 
 void Conversion::LookUp(DataClass which) {
   const size_t index = static_cast<size_t>(which);
-  classes_[index] = vm_.GetClass(kClassNames[index]);
+  classes_[index] = vm_.GetClass(classes::kClassTable[index].name);
   looked_[index] = true;
 }
 

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "common/HostLog.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaClass.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
@@ -32,17 +32,8 @@ inline WStringView View(BSTR text) {
 // Whether a value may appear in the message of a failed string creation.
 enum class TextInLog { Shown, Hidden };
 
-enum class DataClass {
-  Sample,
-  Metric,
-  UserSession,
-  RemoteApp,
-  DesktopInformation,
-  NetworkInterface,
-  DesktopConnection,
-  HashMap,
-  Count,
-};
+// The data-model class a converter asks for, by its row of the class table.
+using DataClass = classes::ClassId;
 
 // The objects and strings of one conversion: local references of the converting thread,
 // held by value. A sample makes a thousand of each.

@@ -1,6 +1,5 @@
 #include "jni/ExceptionText.h"
 
-#include "jni/JavaVM.h"
 #include "jni/LocalRef.h"
 #include "jni/StringChars.h"
 
@@ -76,8 +75,9 @@ class ThrowableReader {
 
 }  // namespace
 
-bool CJavaVM::GetExceptionText(WString& out) {
-  JNIEnv* env = GetEnv();
+namespace tarnix {
+
+bool TakeExceptionText(JNIEnv* env, WString& out) {
   // Asked after every call into Java; the plain check spares a reference when all is well.
   if (!env || !env->ExceptionCheck()) return false;
   tarnix::LocalRef<jthrowable> exception(env, env->ExceptionOccurred());
@@ -92,17 +92,6 @@ bool CJavaVM::GetExceptionText(WString& out) {
   if (frames) reader.AppendFrames(frames.Get(), out);
   return true;
 }
-
-bool IsRemoteFailureText(const WString& text) {
-  static const WCHAR* const kMarkers[] = {WSTR("rmiURLContext"), WSTR("java.rmi."),
-                                          WSTR("java.security.cert.")};
-  for (const WCHAR* marker : kMarkers) {
-    if (text.find(marker) != WString::npos) return true;
-  }
-  return false;
-}
-
-namespace tarnix {
 
 void RaiseIllegalArgument(JNIEnv* env, const std::string& message) {
   if (env->ExceptionCheck()) return;

@@ -1,5 +1,5 @@
-// Telling a failure of the remote connection from any other Java failure, by the text
-// CJavaVM::GetExceptionText made of it; and raising the bridge's own refusals.
+// The text of the pending Java exception, and the bridge's own refusals raised as Java
+// exceptions. Both work on one thread's environment.
 #pragma once
 
 #include "platform/Win32.h"
@@ -8,11 +8,11 @@
 
 #include <string>
 
-// True when the text names the RMI URL context, a java.rmi exception or a certificate
-// problem (case matters: these are Java class names).
-bool IsRemoteFailureText(const WString& text);
-
 namespace tarnix {
+
+// False when no exception is pending (out untouched). Otherwise clears the exception
+// and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
+bool TakeExceptionText(JNIEnv* env, WString& out);
 
 // Raises a java.lang.IllegalArgumentException on the calling thread, unless an
 // exception is already pending (that one is the more telling).

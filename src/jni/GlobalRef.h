@@ -6,19 +6,19 @@
 
 #include <utility>
 
-class CJavaVM;
+class CJavaThreads;
 
 namespace tarnix {
 
-// Deletes a global reference through the machine; defined with CJavaVM.
-void DeleteGlobalReference(CJavaVM* machine, jobject ref);
+// Deletes a global reference through the machine; defined with CJavaThreads.
+void DeleteGlobalReference(CJavaThreads* machine, jobject ref);
 
 template <class T>
 class GlobalRef {
  public:
   GlobalRef() = default;
   // Adopts a global reference made with NewGlobalRef on the machine's JVM.
-  GlobalRef(CJavaVM* machine, T ref) : machine_(machine), ref_(ref) {}
+  GlobalRef(CJavaThreads* machine, T ref) : machine_(machine), ref_(ref) {}
   GlobalRef(GlobalRef&& other) noexcept
       : machine_(other.machine_), ref_(std::exchange(other.ref_, nullptr)) {}
   GlobalRef& operator=(GlobalRef&& other) noexcept {
@@ -41,14 +41,14 @@ class GlobalRef {
   }
 
  private:
-  CJavaVM* machine_ = nullptr;
+  CJavaThreads* machine_ = nullptr;
   T ref_ = nullptr;
 };
 
 // Pins a local reference as a global one; the local one is deleted either way. An empty
 // result means the JVM could not make the global reference.
 template <class T>
-GlobalRef<T> MakeGlobal(CJavaVM* machine, JNIEnv* env, T local) {
+GlobalRef<T> MakeGlobal(CJavaThreads* machine, JNIEnv* env, T local) {
   if (!local) return {};
   T global = static_cast<T>(env->NewGlobalRef(local));
   env->DeleteLocalRef(local);

@@ -2,10 +2,10 @@
 
 #include "jni/ExceptionText.h"
 #include "jni/JavaObject.h"
-#include "jni/JavaVM.h"
+#include "jni/JavaThreads.h"
 
-CJavaClass::CJavaClass(CJavaVM* machine, std::string name)
-    : machine_(machine), name_(std::move(name)) {}
+CJavaClass::CJavaClass(CJavaThreads* machine, std::string name)
+    : ResolvedMethods(std::move(name)), machine_(machine) {}
 
 CJavaClass::~CJavaClass() = default;
 

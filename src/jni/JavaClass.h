@@ -7,6 +7,7 @@
 #include "jni/JavaArgument.h"
 #include "jni/JavaMethod.h"
 #include "jni/JavaObject.h"
+#include "jni/ResolvedMethods.h"
 
 #include "platform/Win32.h"
 
@@ -18,11 +19,11 @@
 #include <string_view>
 #include <vector>
 
-class CJavaVM;
+class CJavaThreads;
 
-class CJavaClass {
+class CJavaClass : public tarnix::ResolvedMethods {
  public:
-  CJavaClass(CJavaVM* machine, std::string name);
+  CJavaClass(CJavaThreads* machine, std::string name);
   virtual ~CJavaClass();
   CJavaClass(const CJavaClass&) = delete;
   CJavaClass& operator=(const CJavaClass&) = delete;
@@ -57,12 +58,8 @@ class CJavaClass {
     return NewLocalObjectWith(constructor.Table(), constructor.Row(), values.Get());
   }
 
-  const std::string& GetName() const { return name_; }
   jclass Get() const { return class_.Get(); }
-  CJavaVM* GetMachine() const { return machine_; }
-  const MethodEntry* Table() const { return table_; }
-  // The id resolved at load for a row of Table().
-  jmethodID MethodId(size_t row) const { return ids_[row]; }
+  CJavaThreads* GetMachine() const { return machine_; }
 
  private:
   std::optional<CJavaObject> NewLocalObjectWith(const MethodEntry* table, size_t row,
@@ -70,10 +67,6 @@ class CJavaClass {
   std::shared_ptr<CJavaObject> NewPinnedObjectWith(const MethodEntry* table, size_t row,
                                                    const jvalue* values) const;
 
-  CJavaVM* machine_;
-  std::string name_;
+  CJavaThreads* machine_;
   tarnix::GlobalRef<jclass> class_;
-  const MethodEntry* table_ = nullptr;
-  // One per row of the table, in its order.
-  std::vector<jmethodID> ids_;
 };

@@ -1,19 +1,20 @@
 #include "jni/JavaObject.h"
 
 #include "jni/ExceptionText.h"
-#include "jni/JavaClass.h"
 #include "jni/JavaString.h"
-#include "jni/JavaVM.h"
+#include "jni/JavaThreads.h"
 
 namespace {
 
 // The bridge's refusals build their message only once a call is refused.
-void RefuseForeignThread(JNIEnv* env, const CJavaClass& javaClass, const MethodEntry& entry) {
+void RefuseForeignThread(JNIEnv* env, const tarnix::ResolvedMethods& javaClass,
+                         const MethodEntry& entry) {
   tarnix::RaiseIllegalArgument(env, "a local reference of another thread: " + javaClass.GetName() +
                                         " \"" + entry.alias + "\" needs a global object");
 }
 
-void RefuseForeignTable(JNIEnv* env, const CJavaClass& javaClass, const MethodEntry& entry) {
+void RefuseForeignTable(JNIEnv* env, const tarnix::ResolvedMethods& javaClass,
+                        const MethodEntry& entry) {
   tarnix::RaiseIllegalArgument(env, std::string("no method \"") + entry.alias +
                                         "\" in the method table of " + javaClass.GetName());
 }

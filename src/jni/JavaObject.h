@@ -10,6 +10,7 @@
 #include "jni/JavaMethod.h"
 #include "jni/JavaString.h"
 #include "jni/LocalRef.h"
+#include "jni/ResolvedMethods.h"
 
 #include <jni.h>
 
@@ -18,16 +19,17 @@
 #include <type_traits>
 #include <utility>
 
-class CJavaVM;
-class CJavaClass;
+class CJavaThreads;
 
 class CJavaObject {
  public:
   // Inline, as the move and the end: a conversion makes, moves and ends a thousand
   // objects, most of them already moved from when they end.
-  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::GlobalRef<jobject> object)
+  CJavaObject(CJavaThreads* machine, const tarnix::ResolvedMethods* javaClass,
+              tarnix::GlobalRef<jobject> object)
       : machine_(machine), class_(javaClass), global_(std::move(object)), object_(global_.Get()) {}
-  CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object)
+  CJavaObject(CJavaThreads* machine, const tarnix::ResolvedMethods* javaClass,
+              tarnix::LocalRef<jobject> object)
       : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
   virtual ~CJavaObject() {
     if (local_) ForgetIfDetached();
@@ -84,7 +86,7 @@ class CJavaObject {
   }
 
   jobject Get() const { return object_; }
-  const CJavaClass* GetClass() const { return class_; }
+  const tarnix::ResolvedMethods* GetClass() const { return class_; }
   bool IsGlobal() const { return static_cast<bool>(global_); }
 
   // The same Java object pinned by a global reference, for a caller that keeps it beyond
@@ -120,8 +122,8 @@ class CJavaObject {
   }
   void ForgetIfDetached();
 
-  CJavaVM* machine_;
-  const CJavaClass* class_;
+  CJavaThreads* machine_;
+  const tarnix::ResolvedMethods* class_;
   tarnix::GlobalRef<jobject> global_;
   tarnix::LocalRef<jobject> local_;
   jobject object_;

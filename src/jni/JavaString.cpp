@@ -1,6 +1,6 @@
 #include "jni/JavaString.h"
 
-#include "jni/JavaVM.h"
+#include "jni/JavaThreads.h"
 #include "jni/StringChars.h"
 
 #include <algorithm>

@@ -11,11 +11,11 @@
 
 #include <utility>
 
-class CJavaVM;
+class CJavaThreads;
 
 class CJavaString {
  public:
-  CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
+  CJavaString(CJavaThreads* machine, tarnix::LocalRef<jstring> string)
       : machine_(machine), string_(std::move(string)) {}
   virtual ~CJavaString() {
     if (string_) ForgetIfDetached();
@@ -36,6 +36,6 @@ class CJavaString {
  private:
   void ForgetIfDetached();
 
-  CJavaVM* machine_;
+  CJavaThreads* machine_;
   tarnix::LocalRef<jstring> string_;
 };

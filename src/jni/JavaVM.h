@@ -1,18 +1,17 @@
 // The one Java virtual machine the component runs inside the host's process: the runtime
-// library loaded from a runtime directory, the machine, the JNI environment of every
-// thread that uses it, and the classes loaded so far.
+// library loaded from a runtime directory, the machine with the JNI environment of every
+// thread that uses it (jni/JavaThreads.h), and the classes loaded so far.
 #pragma once
 
 #include "jni/JavaClass.h"
 #include "jni/JavaString.h"
+#include "jni/JavaThreads.h"
 #include "jni/RuntimeLibrary.h"
 
 #include "platform/Win32.h"
 
 #include <jni.h>
 
-#include <atomic>
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -21,17 +20,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tarnix::detail {
-// The calling thread's last answer from a machine's thread map, good while that machine's
-// thread map is still the one `version` names.
-struct RememberedEnv {
-  std::uint64_t version = 0;
-  JNIEnv* env = nullptr;
-};
-inline thread_local RememberedEnv t_rememberedEnv;
-}  // namespace tarnix::detail
-
-class CJavaVM {
+class CJavaVM : public CJavaThreads {
  public:
   // runtimeDirectory is the runtime's home and ends with a path separator; the library
   // paths are plain concatenations onto it.
@@ -44,24 +33,6 @@ class CJavaVM {
   // attached for the machine's life. 0, a JNI error code (negative), or the load
   // failure as an HRESULT. A second call is a successful no-op.
   LONG Create(std::vector<std::string> options);
-
-  // The calling thread's environment as registered here; null for a thread this machine
-  // has not attached (even if something else attached it). Every bridge call asks, so the
-  // answer is remembered per thread and the thread map is consulted only on a miss.
-  JNIEnv* GetEnv() {
-    // Only the thread itself changes its own entry (attach, detach); other threads can
-    // only empty the whole map, which changes the version.
-    const tarnix::detail::RememberedEnv& remembered = tarnix::detail::t_rememberedEnv;
-    if (remembered.version == threadsVersion_.load(std::memory_order_acquire)) {
-      return remembered.env;
-    }
-    return LookUpEnv();
-  }
-  // 0 or the machine's JNI code. A thread already registered is not attached again.
-  LONG AttachCurrentThread();
-  // 0 or the machine's JNI code. The creating thread is never detached. Attachments do
-  // not nest: the first detach of a thread detaches it.
-  LONG DetachCurrentThread();
 
   // Releasing the last copy detaches the calling thread. It never deletes the machine.
   using ThreadDetachGuard = std::shared_ptr<CJavaVM>;
@@ -110,35 +81,18 @@ class CJavaVM {
   // running JVM cannot lose its code, so its library stays mapped until the process ends.
   void Unload();
 
-  // Deletes a global reference from whatever thread releases it.
-  void DeleteGlobalRef(jobject ref);
-
   const WString& GetDllDirectory() const { return dllDirectory_; }
   const WString& GetRuntimeLibraryPath() const { return runtimeLibraryPath_; }
   HMODULE GetRuntimeModule() const { return library_.Get(); }
-  JavaVM* GetJavaVM() const { return vm_; }
-  DWORD GetCreatingThread() const { return creatingThread_; }
 
  private:
   // Empty, with an IllegalArgumentException raised.
   std::optional<CJavaString> RefuseLongText(JNIEnv* env);
-  void Register(JNIEnv* env);
   void ForgetClassesAndThreads();
-  bool IsRegistered();
-  JNIEnv* LookUpEnv();
-  void RememberEnv(JNIEnv* env) const;
 
   WString dllDirectory_;
   WString runtimeLibraryPath_;
   tarnix::RuntimeLibrary library_;
-  JavaVM* vm_ = nullptr;
-  std::mutex environmentLock_;
-  std::map<DWORD, JNIEnv*> threads_;
-  // Names the thread map's current contents; a thread's remembered environment counts
-  // only while it was remembered under this value. Unique across machines, so a machine
-  // made where an old one lived never inherits its answers.
-  std::atomic<std::uint64_t> threadsVersion_;
   std::mutex classLock_;
   std::map<std::string, std::shared_ptr<CJavaClass>, std::less<>> classes_;
-  DWORD creatingThread_ = 0;
 };

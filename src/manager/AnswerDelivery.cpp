@@ -3,8 +3,8 @@
 #include "common/Bstr.h"
 #include "common/SystemService.h"
 #include "manager/CommManagerImpl.h"
+#include "manager/DataTypes.h"
 #include "platform/ScopedVariant.h"
-#include "tarnix/DataType.h"
 
 namespace tarnix {
 namespace {
@@ -83,15 +83,14 @@ HRESULT ExecuteAction(const HostLog& log, const WString& text) {
 HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* first,
                       const WCHAR* second, const WCHAR* third, unsigned char dataType,
                       const WString& text, HRESULT unhandledResult) {
-  switch (dataType) {
-    case eStartup:
-    case eUserSessionLogon:
+  const DataTypeRow* handling = FindDataType(dataType);
+  switch (handling ? handling->answer : AnswerRoute::Dropped) {
+    case AnswerRoute::Callbacks:
       return CallCallbacks(manager, log, first, second, third, dataType, text);
-    case eSample:
-    case eExtendedData:
-    case eDesktopPoll: return ExecuteAction(log, text);
-    default: return unhandledResult;
+    case AnswerRoute::ActionExecutor: return ExecuteAction(log, text);
+    case AnswerRoute::Dropped: break;
   }
+  return unhandledResult;
 }
 
 }  // namespace tarnix

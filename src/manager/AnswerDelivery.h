@@ -1,6 +1,5 @@
-// What becomes of the message server's answer to a call: the host's callbacks receive
-// answers to the start-up and logon messages, its action executor the answers to samples,
-// extended data and desktop polls. Other answers are dropped.
+// What becomes of the message server's answer to a call: the host's callbacks, its action
+// executor or nobody receive it, as the route of its type says (manager/DataTypes.h).
 #pragma once
 
 #include "common/HostLog.h"

@@ -4,7 +4,7 @@
 
 #include "common/SystemService.h"
 #include "convert/JNIConvertor.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "manager/DispatchConversions.h"
 #include "platform/ScopedBstr.h"

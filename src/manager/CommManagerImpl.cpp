@@ -1,7 +1,7 @@
 #include "manager/CommManagerImpl.h"
 
 #include "common/Bstr.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaVM.h"
 #include "jni/LocalFrame.h"

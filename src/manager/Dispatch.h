@@ -48,9 +48,6 @@ struct DispatchOutcome {
 
 using DataSender = DispatchOutcome (*)(const DispatchCall& call);
 
-// The sender of a type; null for the types that make no Java call.
-DataSender FindDataSender(unsigned char dataType);
-
 // The agent's start-up message: the client description and the connection.
 DispatchOutcome SendStartup(const DispatchCall& call);
 DispatchOutcome SendDesktopPoll(const DispatchCall& call);

@@ -2,14 +2,14 @@
 // type, and what becomes of the answer.
 #include "manager/CommManagerImpl.h"
 
-#include "jni/ExceptionText.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"
 #include "jni/LocalFrame.h"
 #include "manager/AnswerDelivery.h"
-#include "manager/DataTypeName.h"
+#include "manager/DataTypes.h"
 #include "manager/Dispatch.h"
 #include "manager/ManagerMessages.h"
+#include "manager/RemoteFailure.h"
 #include "manager/ResultCodes.h"
 #include "platform/ScopedBstr.h"
 
@@ -61,7 +61,8 @@ LONG CRMICommManagerImpl::DumpData(const WCHAR* first, const WCHAR* second, cons
   const DispatchCall call{javaVM_, *messageClient_, log_, systemInfo_.Get(), identity,
                           number,  dataType,        data, session.Get()};
   DispatchOutcome outcome;
-  if (const tarnix::DataSender send = tarnix::FindDataSender(dataType)) outcome = send(call);
+  const tarnix::DataTypeRow* handling = tarnix::FindDataType(dataType);
+  if (handling && handling->send) outcome = handling->send(call);
 
   // Whatever went wrong in Java, its exception is not left pending on the host's thread.
   WString failure;

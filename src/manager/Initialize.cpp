@@ -3,7 +3,7 @@
 #include "manager/CommManagerImpl.h"
 
 #include "common/SystemService.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaVM.h"
 #include "jni/LocalFrame.h"

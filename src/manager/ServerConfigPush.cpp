@@ -1,7 +1,7 @@
 // Keeping the Java client pointed at the message server the host's calls name.
 #include "manager/CommManagerImpl.h"
 
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"

@@ -3,7 +3,7 @@
 #include "manager/Dispatch.h"
 
 #include "convert/JNIConvertor.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "manager/DispatchConversions.h"
 

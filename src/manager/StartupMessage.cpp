@@ -1,7 +1,7 @@
 #include "manager/Dispatch.h"
 
 #include "manager/DispatchConversions.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 #include "jni/JavaVM.h"

@@ -1,7 +1,7 @@
 #include "ConvertTest.h"
 
 #include "convert/Conversion.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 
 namespace tarnix::testing {
 

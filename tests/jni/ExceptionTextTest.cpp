@@ -3,6 +3,7 @@
 
 #include "jni/ExceptionText.h"
 #include "jni/LocalRef.h"
+#include "manager/RemoteFailure.h"
 
 #include <gtest/gtest.h>
 

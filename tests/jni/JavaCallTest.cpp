@@ -1,7 +1,9 @@
 // Strings, objects and calls through handles on the real JDK.
 #include "ProbeClass.h"
 
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // own (MustNotCompile.cmake) and must fail with the message after its number; MISUSE 0,
 // the same calls made right, is part of the normal build, so a case fails for its own
 // line and nothing else.
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaClass.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"

@@ -1,7 +1,9 @@
 // Host threads entering the real JDK through the bridge.
 #include "ProbeClass.h"
 
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
+#include "jni/JavaObject.h"
+#include "jni/JavaString.h"
 
 #include <gtest/gtest.h>
 

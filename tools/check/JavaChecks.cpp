@@ -4,7 +4,7 @@
 #include "Checks.h"
 
 #include "common/HostLog.h"
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "jni/LocalRef.h"
 #include "manager/JavaStartup.h"

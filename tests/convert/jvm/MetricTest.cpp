@@ -1,7 +1,7 @@
 // Metric values by VARIANT type, and metrics that cannot be valued or put.
 #include "ConvertTest.h"
 
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 
 namespace tarnix::testing {
 namespace {

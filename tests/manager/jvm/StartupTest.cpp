@@ -2,7 +2,7 @@
 // once per process: each test here runs in a process of its own.
 #include "JvmHost.h"
 
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 #include "jni/JavaVM.h"
 #include "manager/CommManagerImpl.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "manager/DataTypeName.h"
+#include "manager/DataTypes.h"
 
 namespace tarnix {
 namespace {

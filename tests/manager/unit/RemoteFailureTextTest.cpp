@@ -1,4 +1,4 @@
-#include "jni/ExceptionText.h"
+#include "manager/RemoteFailure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The component's class table against the stand-in jars, and what the stand-ins show.
 #include "JvmTestSupport.h"
 
-#include "jni/ClassTable.h"
-#include "jni/ExceptionText.h"
+#include "convert/ClassTable.h"
+#include "manager/RemoteFailure.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
 

@@ -144,8 +144,23 @@ struct ClassTableRow {
   ULONGLONG count;
 };
 
-// The ten classes in the order they are loaded; the logger factory comes first.
-extern const ClassTableRow kClassTable[10];
+// The classes by their rows of kClassTable, in the order they are loaded; the logger
+// factory comes first.
+enum class ClassId {
+  InstanceLoggerFactory,
+  DesktopMessageClient,
+  DesktopConnection,
+  DesktopInformation,
+  NetworkInterface,
+  UserSession,
+  Sample,
+  Metric,
+  RemoteApp,
+  HashMap,
+  Count,
+};
+
+extern const ClassTableRow kClassTable[static_cast<size_t>(ClassId::Count)];
 
 // The method table of a class of kClassTable by its name; null for any other name.
 const ClassTableRow* FindClassTableRow(const char* name);

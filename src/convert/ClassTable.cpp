@@ -1,4 +1,4 @@
-#include "jni/ClassTable.h"
+#include "convert/ClassTable.h"
 
 #include <cstring>
 
@@ -12,7 +12,7 @@ constexpr ClassTableRow Row(const char* name, const MethodEntry (&methods)[N]) {
 
 }  // namespace
 
-const ClassTableRow kClassTable[10] = {
+constexpr ClassTableRow kClassTable[static_cast<size_t>(ClassId::Count)] = {
     Row(kInstanceLoggerFactory, kInstanceLoggerFactoryMethods),
     Row(kDesktopMessageClient, kDesktopMessageClientMethods),
     Row(kDesktopConnection, kDesktopConnectionMethods),
@@ -24,6 +24,20 @@ const ClassTableRow kClassTable[10] = {
     Row(kBaseRemoteApp, kBaseRemoteAppMethods),
     Row(kHashMap, kHashMapMethods),
 };
+
+constexpr bool IsRowOf(ClassId id, const char* name) {
+  return kClassTable[static_cast<size_t>(id)].name == name;
+}
+static_assert(IsRowOf(ClassId::InstanceLoggerFactory, kInstanceLoggerFactory) &&
+                  IsRowOf(ClassId::DesktopMessageClient, kDesktopMessageClient) &&
+                  IsRowOf(ClassId::DesktopConnection, kDesktopConnection) &&
+                  IsRowOf(ClassId::DesktopInformation, kDesktopInformation) &&
+                  IsRowOf(ClassId::NetworkInterface, kNetworkInterface) &&
+                  IsRowOf(ClassId::UserSession, kBaseUserSession) &&
+                  IsRowOf(ClassId::Sample, kBaseSample) && IsRowOf(ClassId::Metric, kBaseMetric) &&
+                  IsRowOf(ClassId::RemoteApp, kBaseRemoteApp) &&
+                  IsRowOf(ClassId::HashMap, kHashMap),
+              "the rows of the class table follow ClassId");
 
 const ClassTableRow* FindClassTableRow(const char* name) {
   if (!name) return nullptr;
