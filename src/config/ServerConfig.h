@@ -23,11 +23,11 @@ WString PolicyKeyPath();
 
 // The server from the legacy value "Zelmar Server URL" (or, failing that, the policy
 // key's "MessageServerURL"): url|certificate, or url|serviceValue|...|certificate.
-LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
+LONG LoadLegacyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
 
 // The server from the "MessageServerURL" and "AdapterCertificate" values of the key named
 // by `keyPath`; outputs are written only once both are found.
-LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
+LONG LoadKeyServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
 
 // Where the message server's configuration was found. The legacy lookup reads the policy
 // key's URL as a legacy value when "Zelmar Server URL" is missing, and then wins over the

@@ -67,8 +67,7 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
 
   ScopedVariant asText;
   if (SUCCEEDED(VariantChangeType(asText.Receive(), copy.AsInput(), 0, VT_BSTR))) {
-    const BSTR bstr = asText.Get().bstrVal;
-    const WString xml = bstr ? WString(bstr, SysStringLen(bstr)) : WString();
+    const WString xml = BstrText(asText.Get().bstrVal);
     ComPtr<IXMLDOMDocument> document = LoadDocument(xml);
     if (!document) {
       // Not XML: a registry path given in place of a document is the path itself.

@@ -72,17 +72,14 @@ bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
     ScopedSafeArrayAccess<BSTR> strings(value.parray);
     if (!strings.Valid()) return false;
     text->clear();
-    for (BSTR piece : strings) {
-      if (piece) text->append(piece, SysStringLen(piece));
-    }
+    for (BSTR piece : strings) *text += BstrText(piece);
     return true;
   }
   ScopedVariant converted;
   if (FAILED(VariantChangeType(converted.Receive(), found->second.AsInput(), 0, VT_BSTR))) {
     return false;
   }
-  const BSTR bstr = converted.Get().bstrVal;
-  *text = bstr ? WString(bstr, SysStringLen(bstr)) : WString();
+  *text = BstrText(converted.Get().bstrVal);
   return true;
 }
 
@@ -150,7 +147,7 @@ WString PolicyKeyPath() {
   return WSTR("Software\\Policies\\Corvane, Inc.\\") + GetProductName() + WSTR("\\Desktop Agent");
 }
 
-LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
+LONG LoadLegacyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   WString value;
   HRESULT hr = ReadLegacyValue(&value, nullptr);
@@ -181,7 +178,7 @@ LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificat
   return hr;
 }
 
-LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
+LONG LoadKeyServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   const RegistryPath path = ParseRegistryPath(keyPath);
   RegistryValues values;
@@ -220,15 +217,14 @@ LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs, ServerInfo
   LONG hr = E_FAIL;
   if (SUCCEEDED(FindServerConfigRegistry(config, path.Receive()))) {
     hr = outputs.Run(
-        [&](WCHAR** u, WCHAR** s, WCHAR** c) { return loadCommonServerInfo(path.Get(), u, s, c); });
+        [&](WCHAR** u, WCHAR** s, WCHAR** c) { return LoadKeyServerInfo(path.Get(), u, s, c); });
     *source = ServerInfoSource::XmlNamedKey;
     if (SUCCEEDED(hr)) return hr;
     log.ErrorWithCode(kLoadServerConfigFailed, hr);
   }
   WString policyKey = PolicyKeyPath();
-  hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
-    return loadCommonServerInfo(&policyKey[0], u, s, c);
-  });
+  hr = outputs.Run(
+      [&](WCHAR** u, WCHAR** s, WCHAR** c) { return LoadKeyServerInfo(&policyKey[0], u, s, c); });
   *source = ServerInfoSource::PolicyKey;
   if (FAILED(hr)) log.ErrorWithCode(kLoadPolicyConfigFailed, hr);
   return hr;
@@ -242,7 +238,7 @@ LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR**
   LONG hr = E_FAIL;
   {
     ServerInfoOutputs outputs(url, serviceValue, certificate);
-    hr = outputs.Run(loadLegancyServerInfo);
+    hr = outputs.Run(LoadLegacyServerInfo);
     if (FAILED(hr)) {
       hr = LookUpConfiguredKeys(config, outputs, &answered);
     } else if (source) {

@@ -88,10 +88,7 @@ class Conversion {
 
   // The text of the pending Java exception, which is cleared; nothing when none is
   // pending.
-  std::optional<WString> TakeException() {
-    if (!ExceptionPending()) return std::nullopt;
-    return TakePendingException();
-  }
+  std::optional<WString> TakeException() { return vm_.TakeException(); }
   // Whether an exception is pending, leaving it so.
   bool ExceptionPending() const {
     JNIEnv* env = vm_.GetEnv();
@@ -129,7 +126,6 @@ class Conversion {
 
  private:
   void LookUp(DataClass which);
-  std::optional<WString> TakePendingException();
 
   CJavaVM& vm_;
   const HostLog& log_;

@@ -1,6 +1,5 @@
 #include "convert/Converters.h"
 
-#include "common/HResultError.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedSafeArray.h"
 
@@ -12,23 +11,22 @@ namespace {
 // The host's adapter list: a VT_RECORD array held locked while its records are read.
 class AdapterList {
  public:
-  // Throws what the caller must hand on for an array that is not an adapter list.
-  void Adopt(SAFEARRAY* array) {
+  // Fails, with what the caller must hand on, for an array that is not an adapter list.
+  [[nodiscard]] HRESULT Adopt(SAFEARRAY* array) {
     array_.Reset(array);
-    if (!array) throw HResultError(E_INVALIDARG);
+    if (!array) return E_INVALIDARG;
     VARTYPE type = VT_EMPTY;
     if (FAILED(SafeArrayGetVartype(array, &type)) || type != VT_RECORD ||
         SafeArrayGetElemsize(array) != sizeof(HostNetworkInterfaceRecord)) {
-      throw HResultError(E_INVALIDARG);
+      return E_INVALIDARG;
     }
     access_.emplace(array);
-    if (!access_->Valid()) throw HResultError(access_->result());
+    return access_->result();
   }
 
-  // Without an array (the host could not give one) this is the failure it ends in.
-  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& Records() const {
-    if (!access_) throw HResultError(E_INVALIDARG);
-    return *access_;
+  // Null without an array (the host could not give one).
+  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>* Records() const {
+    return access_ ? &*access_ : nullptr;
   }
 
  private:
@@ -92,7 +90,7 @@ LocalObject GetNetworkInterface(Conversion& c, const HostNetworkInterfaceRecord&
   return javaAdapter;
 }
 
-LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
+LocalObject GetDesktop(Conversion& c, ISystemInfo* system, HRESULT* listFailure) {
   const CJavaClass* desktopClass = c.Class(DataClass::DesktopInformation);
   if (!desktopClass || !system) return std::nullopt;
   AdapterList adapters;
@@ -102,8 +100,9 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
     if (FAILED(hr)) {
       // Logged now, and the desktop goes on; the missing list ends it further down.
       c.Log().ErrorWithCode(kNetworkInterfacesFailure, hr);
-    } else {
-      adapters.Adopt(received.Release());
+    } else if (const HRESULT adopted = adapters.Adopt(received.Release()); FAILED(adopted)) {
+      *listFailure = adopted;
+      return std::nullopt;
     }
   }
   ScopedBstr name, fqdn;
@@ -125,8 +124,12 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
     return std::nullopt;
   }
 
-  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& records = adapters.Records();
-  for (const HostNetworkInterfaceRecord& record : records) {
+  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>* records = adapters.Records();
+  if (!records) {
+    *listFailure = E_INVALIDARG;
+    return std::nullopt;
+  }
+  for (const HostNetworkInterfaceRecord& record : *records) {
     LocalObject adapter = GetNetworkInterface(c, record);
     if (!adapter) continue;
     if (std::optional<WString> failure =

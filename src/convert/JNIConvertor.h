@@ -45,10 +45,10 @@ class CJNIConvertor {
                                               tarnix::ComPtr<IHostUserSession> session) const;
 
   // A DesktopInformation with one NetworkInterface per adapter. An adapter list that
-  // cannot be read ends in tarnix::HResultError(E_INVALIDARG) (or the array's own code)
-  // thrown once the desktop's own values are converted; the caller turns it into its
-  // result.
-  std::shared_ptr<CJavaObject> GetDesktop(std::shared_ptr<CJavaVM> vm, ISystemInfo* system) const;
+  // cannot be read fails it with E_INVALIDARG (or the array's own code) in *listFailure,
+  // which the caller makes its result; *listFailure is left alone otherwise.
+  std::shared_ptr<CJavaObject> GetDesktop(std::shared_ptr<CJavaVM> vm, ISystemInfo* system,
+                                          HRESULT* listFailure) const;
   std::shared_ptr<CJavaObject> GetNetworkInterface(std::shared_ptr<CJavaVM> vm,
                                                    const HostNetworkInterfaceRecord& adapter) const;
 

@@ -3,19 +3,9 @@
 #include "jni/JavaVM.h"
 #include "jni/LocalRef.h"
 #include "jni/StringChars.h"
+#include "platform/ThreadAnsi.h"
 
 namespace {
-
-// Java hands out modified UTF-8; the text is read in the thread's ANSI code page, which
-// is what the host's log expects of it.
-WString ThreadAnsiToWide(const char* text) {
-  const int needed = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
-  if (needed <= 1) return {};
-  WString wide(static_cast<size_t>(needed), WCHAR{0});
-  const int written = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, &wide[0], needed);
-  wide.resize(written > 0 ? static_cast<size_t>(written - 1) : 0);
-  return wide;
-}
 
 // Queries of an exception that has already been cleared. A query that throws in turn
 // has its exception cleared and counts as having no answer.
@@ -34,7 +24,9 @@ class ThrowableReader {
     if (!Answered(string.Get())) return false;
     const tarnix::StringUtfChars chars(env_, string.Get());
     if (!Answered(chars.Get())) return false;
-    text = ThreadAnsiToWide(chars.Get());
+    // Java hands out modified UTF-8; it is read in the thread's ANSI code page, which is
+    // what the host's log expects of it.
+    text = tarnix::FromThreadAnsi(chars.Get());
     return true;
   }
 
@@ -76,21 +68,17 @@ class ThrowableReader {
 
 }  // namespace
 
-bool CJavaVM::GetExceptionText(WString& out) {
-  JNIEnv* env = GetEnv();
-  // Asked after every call into Java; the plain check spares a reference when all is well.
-  if (!env || !env->ExceptionCheck()) return false;
+WString CJavaVM::TakePendingException(JNIEnv* env) {
   tarnix::LocalRef<jthrowable> exception(env, env->ExceptionOccurred());
-  if (!exception) return false;
   // JNI allows no queries while an exception is pending, so it is taken and cleared
   // first; the text comes out the same.
   env->ExceptionClear();
   ThrowableReader reader(env);
   WString text;
-  if (reader.ToString(exception.Get(), text)) out = std::move(text);
+  reader.ToString(exception.Get(), text);
   tarnix::LocalRef<jobjectArray> frames = reader.StackTrace(exception.Get());
-  if (frames) reader.AppendFrames(frames.Get(), out);
-  return true;
+  if (frames) reader.AppendFrames(frames.Get(), text);
+  return text;
 }
 
 bool IsRemoteFailureText(const WString& text) {

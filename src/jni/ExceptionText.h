@@ -1,5 +1,5 @@
 // Telling a failure of the remote connection from any other Java failure, by the text
-// CJavaVM::GetExceptionText made of it; and raising the bridge's own refusals.
+// CJavaVM::TakeException made of it; and raising the bridge's own refusals.
 #pragma once
 
 #include "platform/Win32.h"

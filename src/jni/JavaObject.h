@@ -29,9 +29,7 @@ class CJavaObject {
       : machine_(machine), class_(javaClass), global_(std::move(object)), object_(global_.Get()) {}
   CJavaObject(CJavaVM* machine, const CJavaClass* javaClass, tarnix::LocalRef<jobject> object)
       : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
-  virtual ~CJavaObject() {
-    if (local_) ForgetIfDetached();
-  }
+  virtual ~CJavaObject() { local_.ForgetIfDetached(machine_); }
   CJavaObject(const CJavaObject&) = delete;
   CJavaObject& operator=(const CJavaObject&) = delete;
   // Movable, so that the objects of one call can live on the stack.
@@ -56,9 +54,7 @@ class CJavaObject {
     JNIEnv* env = Enter(method.Table(), method.Row(), id);
     if (!env) return;
     if constexpr (std::is_pointer_v<R>) {
-      if (jobject answer = env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...)) {
-        env->DeleteLocalRef(answer);
-      }
+      tarnix::ScopedLocalRef(env, env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...));
     } else {
       Invoke<R>(env, id, tarnix::ToJni<P>(args)...);
     }
@@ -118,8 +114,6 @@ class CJavaObject {
     else
       env->CallDoubleMethod(object_, id, values...);
   }
-  void ForgetIfDetached();
-
   CJavaVM* machine_;
   const CJavaClass* class_;
   tarnix::GlobalRef<jobject> global_;

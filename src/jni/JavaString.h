@@ -17,9 +17,7 @@ class CJavaString {
  public:
   CJavaString(CJavaVM* machine, tarnix::LocalRef<jstring> string)
       : machine_(machine), string_(std::move(string)) {}
-  virtual ~CJavaString() {
-    if (string_) ForgetIfDetached();
-  }
+  virtual ~CJavaString() { string_.ForgetIfDetached(machine_); }
   CJavaString(const CJavaString&) = delete;
   CJavaString& operator=(const CJavaString&) = delete;
   // Movable, so that the strings of one call can live on the stack.
@@ -34,8 +32,6 @@ class CJavaString {
   jstring Get() const { return string_.Get(); }
 
  private:
-  void ForgetIfDetached();
-
   CJavaVM* machine_;
   tarnix::LocalRef<jstring> string_;
 };

@@ -216,4 +216,5 @@ namespace tarnix {
 void DeleteGlobalReference(CJavaVM* machine, jobject ref) {
   if (machine) machine->DeleteGlobalRef(ref);
 }
+JNIEnv* AttachedEnv(CJavaVM* machine) { return machine->GetEnv(); }
 }  // namespace tarnix

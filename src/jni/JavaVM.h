@@ -101,9 +101,15 @@ class CJavaVM {
     return std::optional<CJavaString>(std::in_place, this, tarnix::LocalRef<jstring>(env, made));
   }
 
-  // False when no exception is pending (out untouched). Otherwise clears the exception
-  // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
-  bool GetExceptionText(WString& out);
+  // The one way the component takes a pending Java exception: it is cleared (JNI allows
+  // no other call while one is pending) and its text comes back, its toString() followed
+  // by "\r\n\t" and each stack frame. Nothing when none is pending. Inline: it is asked
+  // after every call into Java, and the plain check spares a reference when all is well.
+  std::optional<WString> TakeException() {
+    JNIEnv* env = GetEnv();
+    if (!env || !env->ExceptionCheck()) return std::nullopt;
+    return TakePendingException(env);
+  }
 
   // Lets go of the machine without destroying it, for a host that is shutting down: the
   // classes and the thread map are emptied and the runtime library's handle is freed. A
@@ -120,6 +126,7 @@ class CJavaVM {
   DWORD GetCreatingThread() const { return creatingThread_; }
 
  private:
+  WString TakePendingException(JNIEnv* env);
   // Empty, with an IllegalArgumentException raised.
   std::optional<CJavaString> RefuseLongText(JNIEnv* env);
   void Register(JNIEnv* env);

@@ -43,14 +43,13 @@ bool ReadTextItem(IHostNamedValues* values, const WCHAR* name, WString* text) {
   ScopedVariant value;
   if (FAILED(values->get_Item(itemName.Get(), value.Receive()))) return false;
   if (FAILED(value.ChangeType(VT_BSTR))) return false;
-  const BSTR bstr = value.Get().bstrVal;
-  *text = bstr ? WString(bstr, SysStringLen(bstr)) : WString();
+  *text = BstrText(value.Get().bstrVal);
   return true;
 }
 
 }  // namespace
 
-HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR* second,
+HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR* secondValue,
                        ClientIdentity* identity) {
   if (!systemInfo) return E_POINTER;
   HRESULT hr = systemInfo->Refresh();
@@ -69,7 +68,7 @@ HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR*
   if (FAILED(hr)) return hr;
 
   identity->machineIdentity = machineId;
-  identity->second = second ? second : WSTR("");
+  identity->secondValue = secondValue ? secondValue : WSTR("");
   identity->virtualMachineId = virtualMachineId;
 
   ComPtr<IHostNamedValues> identities;

@@ -42,11 +42,7 @@ HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
 }
 
 // The exception of an attribute the map refused, cleared; the map holds the others.
-std::optional<WString> RefusedAttribute(CJavaVM& machine) {
-  WString failure;
-  if (!machine.GetExceptionText(failure)) return std::nullopt;
-  return failure;
-}
+std::optional<WString> RefusedAttribute(CJavaVM& machine) { return machine.TakeException(); }
 
 }  // namespace
 
@@ -129,8 +125,7 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   std::shared_ptr<CJavaString> javaRoute;
   if (SUCCEEDED(
           VariantChangeType(routeText.Receive(), const_cast<VARIANT*>(&route.Get()), 0, VT_BSTR))) {
-    const BSTR text = routeText.Get().bstrVal;
-    javaRoute = convertor.GetJavaString(call.machine, WString(text, SysStringLen(text)), false);
+    javaRoute = convertor.GetJavaString(call.machine, BstrText(routeText.Get().bstrVal), false);
   }
   if (!javaRoute) {
     call.log.Error(WSTR("No traceResult."));

@@ -28,21 +28,22 @@ class CRMICommManagerImpl {
   CRMICommManagerImpl(const CRMICommManagerImpl&) = delete;
   CRMICommManagerImpl& operator=(const CRMICommManagerImpl&) = delete;
 
-  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third, ULONGLONG number,
-                unsigned char dataType, IUnknown* data);
+  LONG DumpData(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
+                ULONGLONG number, unsigned char dataType, IUnknown* data);
 
   // Starts the Java side on the first call, then pushes the server configuration into the
   // Java client when it differs from the last one pushed. S_FALSE when it did not differ.
-  LONG SetCurrentServerConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
+  LONG SetCurrentServerConfig(const WCHAR* serverUrl, const WCHAR* secondValue,
+                              const WCHAR* certificate);
 
   // The host's callbacks; they work in every state and never start Java.
-  LONG Register(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+  LONG Register(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
                 IDataDumpCallback* callback);
-  LONG Unregister(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+  LONG Unregister(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
                   IDataDumpCallback* callback);
   // Calls every callback of the key (or of the only key there is) with the answer text.
   // E_FAIL when there is none to call.
-  LONG CallCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+  LONG CallCallback(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
                     unsigned char dataType, const WCHAR* text);
 
   // The Java start-up. Attempted once: a second call answers S_OK without doing anything,
@@ -69,7 +70,7 @@ class CRMICommManagerImpl {
   HRESULT StartJava();
   void ArmCleaner();
   HRESULT PushServerConfig(const tarnix::CallbackKey& config);
-  bool IsCurrentConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
+  bool IsCurrentConfig(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate);
   HRESULT StartLoggerFactory();
   HRESULT StartMessageClient();
   // At unload the Java side is left to the process as it is; see the destructor.

@@ -97,14 +97,15 @@ HRESULT CRMICommManagerImpl::StartLoggerFactory() {
   }
   const auto folderText = javaVM_->NewString(folder);
   if (!folderText) {
-    log_.Error(tarnix::messages::kJavaStringFailed, folder, tarnix::TakeJavaException(*javaVM_));
+    log_.Error(tarnix::messages::kJavaStringFailed, folder,
+               javaVM_->TakeException().value_or(WString()));
     return E_FAIL;
   }
   loggerFactory_ =
       factoryClass->NewObject(tarnix::methods::InstanceLoggerFactory::ctorFolder, folderText);
   if (!loggerFactory_) {
     log_.Error(WSTR("Failed to Initialize the Message Server Logger.  %s"),
-               tarnix::TakeJavaException(*javaVM_));
+               javaVM_->TakeException().value_or(WString()));
     return E_FAIL;
   }
   log_.Info(WSTR("SUCCESSFULLY initialized the Message Logger."));
@@ -125,7 +126,7 @@ HRESULT CRMICommManagerImpl::StartMessageClient() {
   messageClient_ = clientClass->NewObject(Client::ctor);
   if (!messageClient_) {
     log_.Error(WSTR("Failed to create a new message client.  %s"),
-               tarnix::TakeJavaException(*javaVM_));
+               javaVM_->TakeException().value_or(WString()));
     return E_FAIL;
   }
   log_.Info(WSTR("Initialized communication manager."));

@@ -42,8 +42,4 @@ LONG CreateJavaMachine(CJavaVM& machine, const HostLog& log, const std::string& 
 bool LoadJavaClass(CJavaVM& machine, const HostLog& log, const char* name, const MethodEntry* table,
                    ULONGLONG count, std::shared_ptr<CJavaClass>* loaded = nullptr);
 
-// Clears the calling thread's pending Java exception and gives its text; empty when none
-// was pending.
-WString TakeJavaException(CJavaVM& machine);
-
 }  // namespace tarnix

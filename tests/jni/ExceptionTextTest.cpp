@@ -31,11 +31,12 @@ class ExceptionTextTest : public ::testing::Test {
     std::string text;
     std::string javasOwn;
   };
-  Reading Read(WString text = WString()) {
+  Reading Read() {
     Reading reading;
     tarnix::LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
-    reading.pending = machine_->GetExceptionText(text);
-    reading.text = Narrow(text);
+    const std::optional<WString> text = machine_->TakeException();
+    reading.pending = text.has_value();
+    reading.text = Narrow(text.value_or(WString()));
     EXPECT_FALSE(env_->ExceptionCheck()) << "the text was read but the exception stays";
     if (thrown) {
       JNIEnv* env = env_;
@@ -69,15 +70,11 @@ class ExceptionTextTest : public ::testing::Test {
   std::shared_ptr<CJavaObject> probe_;
 };
 
-TEST_F(ExceptionTextTest, NothingPendingLeavesTheTextAlone) {
-  WString text = WSTR("kept");
-  EXPECT_FALSE(machine_->GetExceptionText(text));
-  EXPECT_EQ(text, WSTR("kept"));
-}
+TEST_F(ExceptionTextTest, NothingPendingGivesNoText) { EXPECT_FALSE(machine_->TakeException()); }
 
 TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
   Throw(Probe::throwWithFrames, WSTR("boom"));
-  const Reading reading = Read(WSTR("replaced"));
+  const Reading reading = Read();
   EXPECT_TRUE(reading.pending);
   EXPECT_EQ(reading.text, reading.javasOwn);
   EXPECT_EQ(reading.text.rfind("java.lang.IllegalStateException: boom\r\n\t"
@@ -119,27 +116,26 @@ TEST_F(ExceptionTextTest, MessageTextPassesThroughTheThreadCodePage) {
 TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
   probe_->CallVoidMethod(Probe::throwNamed, machine_->NewString(WSTR("java.rmi.ConnectException")),
                          machine_->NewString(WSTR("Connection refused to host: 127.0.0.1")));
-  WString remote;
-  ASSERT_TRUE(machine_->GetExceptionText(remote));
-  EXPECT_EQ(Narrow(remote).rfind(
+  const std::optional<WString> remote = machine_->TakeException();
+  ASSERT_TRUE(remote);
+  EXPECT_EQ(Narrow(*remote).rfind(
                 "java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0),
             0u);
-  EXPECT_TRUE(IsRemoteFailureText(remote));
+  EXPECT_TRUE(IsRemoteFailureText(*remote));
 
   probe_->CallVoidMethod(Probe::throwNamed,
                          machine_->NewString(WSTR("java.lang.NullPointerException")), nullptr);
-  WString local;
-  ASSERT_TRUE(machine_->GetExceptionText(local));
-  EXPECT_EQ(Narrow(local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
-  EXPECT_FALSE(IsRemoteFailureText(local));
+  const std::optional<WString> local = machine_->TakeException();
+  ASSERT_TRUE(local);
+  EXPECT_EQ(Narrow(*local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
+  EXPECT_FALSE(IsRemoteFailureText(*local));
 }
 
 TEST_F(ExceptionTextTest, ReadingManyExceptionsKeepsTheFrameSmall) {
   // The JVM's JNI checks (the suite's second pass) report locals that pile up.
   for (int i = 0; i < 300; ++i) {
     Throw(Probe::throwWithFrames, WSTR("again"));
-    WString text;
-    ASSERT_TRUE(machine_->GetExceptionText(text));
+    ASSERT_TRUE(machine_->TakeException());
   }
 }
 

@@ -26,10 +26,7 @@ class JavaCallTest : public ::testing::Test {
     ASSERT_TRUE(probe_);
   }
 
-  std::string TakeException() {
-    WString text;
-    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
-  }
+  std::string TakeException() { return Narrow(machine_->TakeException().value_or(WString())); }
 
   // The text of a string answer; "<no text>" when GetText fails.
   static std::string TextOf(const std::shared_ptr<CJavaString>& string) {
@@ -157,8 +154,7 @@ TEST_F(JavaCallTest, ResultsNobodyReadsLeaveNoLocalReferencesBehind) {
     auto object = probe_->CallObjectMethod(Probe::answerObject);
     auto made = probeClass_->NewObject(Probe::ctorTime, i);
     probe_->CallVoidMethod(Probe::throwWithFrames, text);
-    WString exception;
-    ASSERT_TRUE(machine_->GetExceptionText(exception));
+    ASSERT_TRUE(machine_->TakeException());
   }
 }
 

@@ -21,10 +21,7 @@ class JavaClassTest : public ::testing::Test {
   }
 
   // The pending exception's text; empty when there was none.
-  std::string TakeException() {
-    WString text;
-    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
-  }
+  std::string TakeException() { return Narrow(machine_->TakeException().value_or(WString())); }
 
   std::shared_ptr<CJavaVM> machine_;
   JNIEnv* env_ = nullptr;

@@ -82,11 +82,7 @@ class RegKey {
     LONG result = ReadRaw(name, &data, &type);
     if (result != ERROR_SUCCESS) return result;
     if (type != REG_SZ && type != REG_EXPAND_SZ) return ERROR_INVALID_DATA;
-    WString text(data.size() / sizeof(WCHAR), WCHAR());
-    if (!text.empty()) std::memcpy(&text[0], data.data(), text.size() * sizeof(WCHAR));
-    const size_t end = text.find(WCHAR());
-    if (end != WString::npos) text.resize(end);
-    *out = std::move(text);
+    *out = FirstString(data);
     return ERROR_SUCCESS;
   }
 
@@ -104,24 +100,32 @@ class RegKey {
 
   // A REG_MULTI_SZ as its strings; an empty string ends the list, as Windows reads it.
   LONG ReadValues(const WCHAR* name, std::vector<WString>* out) const {
-    WString all;
     std::vector<BYTE> data;
     DWORD type = REG_NONE;
     LONG result = ReadRaw(name, &data, &type);
     if (result != ERROR_SUCCESS) return result;
     if (type != REG_MULTI_SZ) return ERROR_INVALID_DATA;
-    all.resize(data.size() / sizeof(WCHAR));
-    if (!all.empty()) std::memcpy(&all[0], data.data(), all.size() * sizeof(WCHAR));
-    out->clear();
-    size_t start = 0;
-    while (start < all.size()) {
-      size_t end = all.find(WCHAR(), start);
-      if (end == WString::npos) end = all.size();
-      if (end == start) break;
-      out->push_back(all.substr(start, end - start));
+    *out = MultiStrings(data);
+    return ERROR_SUCCESS;
+  }
+
+  // String data up to its first zero; data stored without one is read whole (an odd last
+  // byte is dropped).
+  static WString FirstString(const std::vector<BYTE>& data) {
+    WString text = PaddedText(data);
+    text.resize(text.find(WCHAR()));
+    return text;
+  }
+  // Multi-string data's strings, up to the first empty one or the end of the data.
+  static std::vector<WString> MultiStrings(const std::vector<BYTE>& data) {
+    const WString all = PaddedText(data);
+    std::vector<WString> strings;
+    for (size_t start = 0; start < all.size() && all[start] != WCHAR();) {
+      const size_t end = all.find(WCHAR(), start);
+      strings.push_back(all.substr(start, end - start));
       start = end + 1;
     }
-    return ERROR_SUCCESS;
+    return strings;
   }
 
   LONG WriteValue(const WCHAR* name, const WCHAR* text, DWORD type = REG_SZ) {
@@ -137,6 +141,14 @@ class RegKey {
   LONG DeleteValue(const WCHAR* name) { return RegDeleteValueW(key_, name); }
 
  private:
+  // The data as UTF-16 with one zero more than it holds, so that it always ends in one.
+  static WString PaddedText(const std::vector<BYTE>& data) {
+    WString text(data.size() / sizeof(WCHAR) + 1, WCHAR());
+    if (!data.empty())
+      std::memcpy(&text[0], data.data(), data.size() - data.size() % sizeof(WCHAR));
+    return text;
+  }
+
   HKEY key_ = nullptr;
 };
 
