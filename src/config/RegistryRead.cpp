@@ -37,7 +37,7 @@ bool EndsInZero(const std::vector<BYTE>& data) {
 }
 
 // The value as the map keeps it; false for a type the map leaves out.
-bool ToVariant(DWORD type, const std::vector<BYTE>& data, ScopedVariant* value) {
+[[nodiscard]] bool ToVariant(DWORD type, const std::vector<BYTE>& data, ScopedVariant* value) {
   switch (type) {
     case REG_SZ:
     case REG_EXPAND_SZ: *value = TextVariant(RegKey::FirstString(data)); return true;

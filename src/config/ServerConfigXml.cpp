@@ -33,7 +33,7 @@ ComPtr<IXMLDOMDocument> LoadDocument(const WString& xml) {
   return document;
 }
 
-HRESULT ReadEntry(IXMLDOMNode* document, BSTR* text) {
+[[nodiscard]] HRESULT ReadEntry(IXMLDOMNode* document, BSTR* text) {
   ScopedBstr query = NewBstr(kEntryQuery, std::char_traits<WCHAR>::length(kEntryQuery));
   ComPtr<IXMLDOMNode> node;
   HRESULT hr = document->selectSingleNode(query.Get(), node.Receive());
@@ -93,7 +93,7 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
 
 namespace {
 
-LONG CopyConfigContent(VARIANT config, VARIANT* content) {
+[[nodiscard]] LONG CopyConfigContent(VARIANT config, VARIANT* content) {
   ScopedBstr text;
   const HRESULT found = FindServerConfigRegistry(config, text.Receive());
   if (FAILED(found)) return found;

@@ -11,6 +11,8 @@
 #include "platform/ScopedSafeArray.h"
 #include "tarnix/RMICommManager.h"
 
+#include <tuple>
+
 namespace tarnix {
 namespace {
 
@@ -48,23 +50,23 @@ constexpr const WCHAR* kCommonSystemServiceFailed = WSTR(
 // An empty value names no server: it counts as a value that is not there.
 const HRESULT kEmptyValue = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 
-HRESULT ReadServerString(const WCHAR* subkey, const WCHAR* name, WString* value) {
+[[nodiscard]] HRESULT ReadServerString(const WCHAR* subkey, const WCHAR* name, WString* value) {
   const HRESULT hr = ReadMachineString(subkey, name, value);
   return SUCCEEDED(hr) && value->empty() ? kEmptyValue : hr;
 }
 
-HRESULT GetUniqueId(ISystemInfo* info, WCHAR** serviceValue) {
+[[nodiscard]] HRESULT GetUniqueId(ISystemInfo* info, WCHAR** serviceValue) {
   return serviceValue ? info->get_uniqueId(serviceValue) : S_OK;
 }
 
-HRESULT ObtainSystemInfo(ComPtr<ISystemInfo>* info) {
+[[nodiscard]] HRESULT ObtainSystemInfo(ComPtr<ISystemInfo>* info) {
   const HRESULT hr = GetSystemInfo(info);
   return SUCCEEDED(hr) && !*info ? E_NOINTERFACE : hr;
 }
 
 // A value of the key as text: strings as they are, a multi-string joined with nothing
 // between its strings, a number in decimal.
-bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
+[[nodiscard]] bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
   const auto found = values.find(name);
   if (found == values.end()) return false;
   const VARIANT& value = found->second.Get();
@@ -122,7 +124,7 @@ class ServerInfoOutputs {
 
 // The legacy value, or failing that the policy key's URL read the same way; `source`
 // (when given) tells which.
-HRESULT ReadLegacyValue(WString* value, ServerInfoSource* source) {
+[[nodiscard]] HRESULT ReadLegacyValue(WString* value, ServerInfoSource* source) {
   HRESULT hr = ReadServerString(kLegacyKey, kLegacyValue, value);
   if (source) *source = ServerInfoSource::LegacyValue;
   if (SUCCEEDED(hr)) return hr;
@@ -211,7 +213,8 @@ LONG LoadKeyServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR*
 namespace {
 
 // The sources after the legacy value, in their order.
-LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs, ServerInfoSource* source) {
+[[nodiscard]] LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs,
+                                        ServerInfoSource* source) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   ScopedBstr path;
   LONG hr = E_FAIL;
@@ -243,7 +246,7 @@ LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR**
       hr = LookUpConfiguredKeys(config, outputs, &answered);
     } else if (source) {
       WString value;
-      ReadLegacyValue(&value, &answered);
+      std::ignore = ReadLegacyValue(&value, &answered);
     }
   }
   if (source) *source = SUCCEEDED(hr) ? answered : ServerInfoSource::None;

@@ -110,8 +110,8 @@ class Conversion {
 
   // Calls a void method; the text of the exception it left, if any, now cleared.
   template <class Signature, class... Args>
-  std::optional<WString> Call(const CJavaObject& object, tarnix::Method<Signature> method,
-                              const Args&... args) {
+  [[nodiscard]] std::optional<WString> Call(const CJavaObject& object,
+                                            tarnix::Method<Signature> method, const Args&... args) {
     object.CallVoidMethod(method, args...);
     return TakeException();
   }

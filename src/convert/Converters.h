@@ -31,8 +31,8 @@ LocalObject GetNetworkInterface(Conversion& c, const HostNetworkInterfaceRecord&
 
 LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes);
 LocalObject GetExtendedSample(Conversion& c, IHostSample* sample, IHostEnumerator* metrics);
-HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSample* sample,
-                           IHostEnumerator* metrics);
+[[nodiscard]] HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample,
+                                         IHostSample* sample, IHostEnumerator* metrics);
 
 void PutRemoteApps(Conversion& c, const CJavaObject& target, IHostSample* instance);
 LocalObject GetRemoteApp(Conversion& c, WStringView id);

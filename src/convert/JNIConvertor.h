@@ -61,8 +61,9 @@ class CJNIConvertor {
   std::shared_ptr<CJavaObject> GetExtendedSample(std::shared_ptr<CJavaVM> vm, IHostSample* sample,
                                                  IHostEnumerator* metrics) const;
   // The result of the enumerator's last Next.
-  HRESULT PutExtendedMetrics(std::shared_ptr<CJavaVM> vm, const CJavaObject& javaSample,
-                             IHostSample* sample, IHostEnumerator* metrics) const;
+  [[nodiscard]] HRESULT PutExtendedMetrics(std::shared_ptr<CJavaVM> vm,
+                                           const CJavaObject& javaSample, IHostSample* sample,
+                                           IHostEnumerator* metrics) const;
 
   // Puts a BaseRemoteApp for every remote application of the instance that has metrics.
   void PutRemoteApps(std::shared_ptr<CJavaVM> vm, const CJavaObject& target,

@@ -26,7 +26,7 @@ class CJavaString {
 
   // The characters up to the first zero character. False for a null string or when
   // the JVM cannot lend the characters.
-  bool GetText(WString& out) const;
+  [[nodiscard]] bool GetText(WString& out) const;
 
   // May be null (a Java method answered null).
   jstring Get() const { return string_.Get(); }

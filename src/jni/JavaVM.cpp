@@ -8,6 +8,7 @@
 #include <cassert>
 #include <climits>
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -50,7 +51,7 @@ void CJavaVM::Unload() {
   ForgetClassesAndThreads();
   // The JVM goes on running on its own threads; unmapping its code under them would
   // bring the host down.
-  if (vm_) library_.Pin();
+  if (vm_) std::ignore = library_.Pin();
   vm_ = nullptr;
   creatingThread_ = 0;
   library_.Free();
@@ -143,7 +144,7 @@ CJavaVM::ThreadDetachGuard CJavaVM::MakeDetachGuard() {
     // Only the attached thread can detach itself; a guard released elsewhere would
     // detach the wrong thread.
     assert(thread == GetCurrentThreadId() && "thread guard released on another thread");
-    if (thread == GetCurrentThreadId()) machine->DetachCurrentThread();
+    if (thread == GetCurrentThreadId()) std::ignore = machine->DetachCurrentThread();
   });
 }
 

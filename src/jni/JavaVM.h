@@ -43,7 +43,7 @@ class CJavaVM {
   // Loads the runtime library and creates the machine on the calling thread, which stays
   // attached for the machine's life. 0, a JNI error code (negative), or the load
   // failure as an HRESULT. A second call is a successful no-op.
-  LONG Create(std::vector<std::string> options);
+  [[nodiscard]] LONG Create(std::vector<std::string> options);
 
   // The calling thread's environment as registered here; null for a thread this machine
   // has not attached (even if something else attached it). Every bridge call asks, so the
@@ -58,10 +58,10 @@ class CJavaVM {
     return LookUpEnv();
   }
   // 0 or the machine's JNI code. A thread already registered is not attached again.
-  LONG AttachCurrentThread();
+  [[nodiscard]] LONG AttachCurrentThread();
   // 0 or the machine's JNI code. The creating thread is never detached. Attachments do
   // not nest: the first detach of a thread detaches it.
-  LONG DetachCurrentThread();
+  [[nodiscard]] LONG DetachCurrentThread();
 
   // Releasing the last copy detaches the calling thread. It never deletes the machine.
   using ThreadDetachGuard = std::shared_ptr<CJavaVM>;
@@ -90,7 +90,7 @@ class CJavaVM {
   std::shared_ptr<CJavaString> NewString(const WCHAR* text);
   // The same without the shared handle, for the many strings of one call: inline, and
   // made where the caller keeps it.
-  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text) {
+  [[nodiscard]] std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text) {
     JNIEnv* env = GetEnv();
     if (!env || env->ExceptionCheck()) return {};
     if (text.size() > static_cast<size_t>(INT32_MAX)) return RefuseLongText(env);
@@ -128,7 +128,7 @@ class CJavaVM {
  private:
   WString TakePendingException(JNIEnv* env);
   // Empty, with an IllegalArgumentException raised.
-  std::optional<CJavaString> RefuseLongText(JNIEnv* env);
+  [[nodiscard]] std::optional<CJavaString> RefuseLongText(JNIEnv* env);
   void Register(JNIEnv* env);
   void ForgetClassesAndThreads();
   bool IsRegistered();

@@ -25,9 +25,10 @@ void RequestPolicyUpdate(const HostLog& log, HRESULT callbackResult) {
   SetEvent(event.Get());
 }
 
-HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* serverUrl,
-                      const WCHAR* secondValue, const WCHAR* certificate, unsigned char dataType,
-                      const WString& text) {
+[[nodiscard]] HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log,
+                                    const WCHAR* serverUrl, const WCHAR* secondValue,
+                                    const WCHAR* certificate, unsigned char dataType,
+                                    const WString& text) {
   const HRESULT hr =
       manager.CallCallback(serverUrl, secondValue, certificate, dataType, text.c_str());
   if (FAILED(hr)) {
@@ -40,7 +41,7 @@ HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log, const WC
   return hr;
 }
 
-HRESULT ExecuteAction(const HostLog& log, const WString& text) {
+[[nodiscard]] HRESULT ExecuteAction(const HostLog& log, const WString& text) {
   ComPtr<IHostActionExecutor> executor;
   HRESULT hr = GetActionExecutor(&executor);
   if (SUCCEEDED(hr) && !executor) hr = E_NOINTERFACE;

@@ -26,7 +26,7 @@ WString UserNameOf(IHostUserSession* session) {
 
 // The send failed in Java: the host hears which data did not get through, and whether
 // the connection to the message server was the reason.
-HRESULT ReportSendFailure(const DispatchCall& call, const WString& failure) {
+[[nodiscard]] HRESULT ReportSendFailure(const DispatchCall& call, const WString& failure) {
   const WString typeName = tarnix::Enum2String(call.dataType);
   if (call.session) {
     call.log.Error(WSTR("Failed to send user event %s for user %s to the message server.  %s"),

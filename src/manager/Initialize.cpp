@@ -13,6 +13,7 @@
 
 #include <cstring>
 #include <iterator>
+#include <tuple>
 
 using Client = tarnix::methods::DesktopMessageClient;
 
@@ -70,9 +71,10 @@ HRESULT CRMICommManagerImpl::ObtainHostInterfaces() {
 
 HRESULT CRMICommManagerImpl::StartJava() {
   WString runtime;
-  tarnix::GetJrePath(log_, &runtime);
+  // Both log their own failures; Java then fails to start and says so.
+  std::ignore = tarnix::GetJrePath(log_, &runtime);
   std::string classPath;
-  tarnix::GetClassPath(log_, &classPath);
+  std::ignore = tarnix::GetClassPath(log_, &classPath);
   javaVM_ = std::make_shared<CJavaVM>(runtime);
   if (tarnix::CreateJavaMachine(*javaVM_, log_, classPath) != 0) return E_FAIL;
   // The start-up's own references go with it; what it keeps is held globally.

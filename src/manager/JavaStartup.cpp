@@ -7,6 +7,7 @@
 #include "platform/UniqueAny.h"
 
 #include <cstdlib>
+#include <tuple>
 
 namespace tarnix {
 namespace {
@@ -19,7 +20,7 @@ HRESULT LastErrorResult() {
 }
 
 // The folder of the pattern's full path, up to and including its last separator.
-bool SearchRoot(const WCHAR* pattern, WString* root) {
+[[nodiscard]] bool SearchRoot(const WCHAR* pattern, WString* root) {
   WCHAR full[MAX_PATH] = {};
   if (!_wfullpath(full, pattern, MAX_PATH)) return false;
   *root = full;
@@ -33,7 +34,7 @@ void AppendEntry(const WString& path, std::string* classPath) {
   *classPath += ToThreadAnsi(path);
 }
 
-HRESULT GetAgentJrePath(const HostLog& log, HRESULT javaHomeFailure, WString* path) {
+[[nodiscard]] HRESULT GetAgentJrePath(const HostLog& log, HRESULT javaHomeFailure, WString* path) {
   log.Warning(WSTR("Failed to retrieve the Java home path.  Using the Vantage agent's JRE "
                    "instead.  Error code 0x%08lx."),
               javaHomeFailure);
@@ -80,7 +81,7 @@ HRESULT GetClassPath(const HostLog& log, std::string* classPath) {
     if (!PathCombineW(pattern, folder.c_str(), WSTR("*.jar"))) {
       hr = HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
     } else {
-      AppendJarsOfDirectory(log, pattern, classPath);
+      std::ignore = AppendJarsOfDirectory(log, pattern, classPath);
       return S_OK;
     }
   }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <tuple>
 #include <memory>
 #include <thread>
 
@@ -496,7 +497,8 @@ TEST_F(JavaClientFailures, ConstructorsThatThrowLeaveTheStartingThreadsReference
     java.ThrowIn(failure.place, "java.lang.IllegalStateException", "refused");
     for (int call = 0; call < 20; ++call) {
       const ComPtr<IUnknown> data = failure.data();
-      manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, failure.type, data.Get());
+      std::ignore =
+          manager_->DumpData(WSTR("url"), kAuthToken, kCertificate, 1, failure.type, data.Get());
     }
     EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
     EXPECT_EQ(locals(), before);

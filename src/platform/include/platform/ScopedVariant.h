@@ -56,11 +56,11 @@ class ScopedVariant {
     return &var_;
   }
   // A second owner of the same value (BSTRs copied, interfaces AddRef'ed).
-  HRESULT CopyTo(ScopedVariant* out) const {
+  [[nodiscard]] HRESULT CopyTo(ScopedVariant* out) const {
     return VariantCopy(out->Receive(), const_cast<VARIANT*>(&var_));
   }
   // Converts in place, keeping the old value when the conversion fails.
-  HRESULT ChangeType(VARTYPE vt, USHORT flags = 0) {
+  [[nodiscard]] HRESULT ChangeType(VARTYPE vt, USHORT flags = 0) {
     VARIANT converted;
     VariantInit(&converted);
     HRESULT hr = VariantChangeType(&converted, &var_, flags, vt);
