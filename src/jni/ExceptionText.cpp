@@ -74,7 +74,7 @@ WString CJavaVM::TakePendingException(JNIEnv* env) {
   // first; the text comes out the same.
   env->ExceptionClear();
   ThrowableReader reader(env);
-  WString text;
+  WString text;  // without a toString() answer, the frames alone
   reader.ToString(exception.Get(), text);
   tarnix::LocalRef<jobjectArray> frames = reader.StackTrace(exception.Get());
   if (frames) reader.AppendFrames(frames.Get(), text);
