@@ -101,7 +101,7 @@ class ServerInfoOutputs {
   }
 
   template <class Source>
-  LONG Run(Source source) {
+  [[nodiscard]] LONG Run(Source source) {
     BSTR slots[3] = {nullptr, nullptr, nullptr};
     struct Collect {
       ServerInfoOutputs* outputs;
