@@ -44,7 +44,7 @@ bool Holds(const tarnix::ScopedBstr& bstr, const WString& text) {
 void CheckLoaded(const WString& value) {
   tarnix::ScopedBstr url, serviceValue, certificate;
   const LONG hr =
-      tarnix::loadLegancyServerInfo(url.Receive(), serviceValue.Receive(), certificate.Receive());
+      tarnix::LoadLegacyServerInfo(url.Receive(), serviceValue.Receive(), certificate.Receive());
   // The value as the registry gives it back: up to its first zero.
   const WString stored(value.c_str());
   if (stored.empty()) {

@@ -16,13 +16,13 @@ class CRMICommManager {
   static CRMICommManager& GetInstance();
 
   template <class T>
-  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third, ULONGLONG number,
-                unsigned char dataType, T* data);
+  LONG DumpData(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
+                ULONGLONG number, unsigned char dataType, T* data);
 
-  LONG RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                                IDataDumpCallback* callback);
-  LONG UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                                  IDataDumpCallback* callback);
+  LONG RegisterDataDumpCallback(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                const WCHAR* certificate, IDataDumpCallback* callback);
+  LONG UnregisterDataDumpCallback(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                  const WCHAR* certificate, IDataDumpCallback* callback);
 
   CRMICommManager(const CRMICommManager&) = delete;
   CRMICommManager& operator=(const CRMICommManager&) = delete;

@@ -14,4 +14,15 @@ ScopedBstr NewBstr(const WCHAR* text, size_t length) {
   return result;
 }
 
+ScopedVariant TextArrayVariant(const std::vector<WString>& strings) {
+  ScopedSafeArray array(SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(strings.size())));
+  if (!array) throw HResultError(E_OUTOFMEMORY);
+  if (!strings.empty()) {
+    ScopedSafeArrayAccess<BSTR> elements(array.Get());
+    ThrowIfFailed(elements.result());
+    for (size_t i = 0; i < strings.size(); ++i) elements[i] = NewBstr(strings[i]).Release();
+  }
+  return ScopedVariant(std::move(array), VT_BSTR);
+}
+
 }  // namespace tarnix

@@ -45,8 +45,9 @@ class HostLog {
   bool Info(const WCHAR* format, const Args&... args) const {
     return Emit(LogOperation::Info, format, args...);
   }
+  // Through the logger's levelled operation, at kTraceLevel.
   template <class... Args>
-  bool Level8(const WCHAR* format, const Args&... args) const {
+  bool Trace(const WCHAR* format, const Args&... args) const {
     return Emit(LogOperation::Level, format, args...);
   }
 

@@ -24,7 +24,7 @@ WString GuidText(REFIID iid) {
 
 // Writes the automation marshaller as the default value of `key` when the key has no
 // default value; an existing value is left alone, whatever it names.
-HRESULT RegisterMarshallerIfMissing(RegKey& key) {
+[[nodiscard]] HRESULT RegisterMarshallerIfMissing(RegKey& key) {
   DWORD size = 0;
   const LONG query = RegQueryValueExW(key.Handle(), nullptr, nullptr, nullptr, nullptr, &size);
   if (query != ERROR_FILE_NOT_FOUND && query != ERROR_NOT_FOUND) return S_OK;

@@ -22,7 +22,7 @@ namespace {
 
 // Queries `iid` from `source`, once more after a marshalling repair when the first answer
 // is E_NOINTERFACE. Answers the result of the last call made: a failed repair's own code.
-HRESULT QueryWithRepair(IUnknown* source, REFIID iid, void** object) {
+[[nodiscard]] HRESULT QueryWithRepair(IUnknown* source, REFIID iid, void** object) {
   const HRESULT hr = source->QueryInterface(iid, object);
   if (hr != E_NOINTERFACE) return hr;
   const HRESULT repaired = EnsureProxyStubRegistration(iid);

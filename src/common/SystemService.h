@@ -13,28 +13,28 @@ namespace tarnix {
 // server.
 inline constexpr DWORD kSystemServiceContext = 0x17;
 
-HRESULT CreateSystemService(IHostSystemService** service);
+[[nodiscard]] HRESULT CreateSystemService(IHostSystemService** service);
 
 // Obtains the interface `iid` from the host, directly from the service or through its
 // GetService, repairing a missing marshalling registration on the way. The caller owns the
 // reference placed in `*object`.
-HRESULT GetServiceInterface(REFIID iid, void** object);
+[[nodiscard]] HRESULT GetServiceInterface(REFIID iid, void** object);
 
 template <class T>
-HRESULT GetServiceInterface(REFIID iid, ComPtr<T>* object) {
+[[nodiscard]] HRESULT GetServiceInterface(REFIID iid, ComPtr<T>* object) {
   return GetServiceInterface(iid, object->ReceiveVoid());
 }
 
-inline HRESULT GetHostLogger(ComPtr<IHostLogger>* logger) {
+[[nodiscard]] inline HRESULT GetHostLogger(ComPtr<IHostLogger>* logger) {
   return GetServiceInterface(IID_IHostLogger, logger);
 }
-inline HRESULT GetSystemInfo(ComPtr<ISystemInfo>* info) {
+[[nodiscard]] inline HRESULT GetSystemInfo(ComPtr<ISystemInfo>* info) {
   return GetServiceInterface(IID_ISystemInfo, info);
 }
-inline HRESULT GetActionExecutor(ComPtr<IHostActionExecutor>* executor) {
+[[nodiscard]] inline HRESULT GetActionExecutor(ComPtr<IHostActionExecutor>* executor) {
   return GetServiceInterface(IID_IHostActionExecutor, executor);
 }
-inline HRESULT GetAuxiliaryService(ComPtr<IHostAuxiliaryService>* service) {
+[[nodiscard]] inline HRESULT GetAuxiliaryService(ComPtr<IHostAuxiliaryService>* service) {
   return GetServiceInterface(IID_IHostAuxiliaryService, service);
 }
 
@@ -43,6 +43,6 @@ inline HRESULT GetAuxiliaryService(ComPtr<IHostAuxiliaryService>* service) {
 // Answers success when the interface's text form cannot be made, and when the registry
 // keys can be neither opened nor created without the system reporting an error: the
 // callers then simply try once more.
-HRESULT EnsureProxyStubRegistration(REFIID iid);
+[[nodiscard]] HRESULT EnsureProxyStubRegistration(REFIID iid);
 
 }  // namespace tarnix

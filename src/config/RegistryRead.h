@@ -25,7 +25,7 @@ RegistryPath ParseRegistryPath(const WCHAR* path);
 // A REG_SZ or REG_EXPAND_SZ value of HKEY_LOCAL_MACHINE\subkey, up to its first zero and
 // not expanded. Any other type, an odd byte count and data that does not end in a zero
 // give 0x8007000D; registry errors come back as result codes.
-HRESULT ReadMachineString(const WCHAR* subkey, const WCHAR* valueName, WString* text);
+[[nodiscard]] HRESULT ReadMachineString(const WCHAR* subkey, const WCHAR* valueName, WString* text);
 
 // Names compared exactly, character by character.
 using RegistryValues = std::map<WString, ScopedVariant>;
@@ -34,6 +34,6 @@ using RegistryValues = std::map<WString, ScopedVariant>;
 // registry gives them: strings as VT_BSTR, four-byte REG_DWORD as VT_UI4, REG_MULTI_SZ as
 // an array of VT_BSTR. Values of any other type are left out. Only the open can fail: a
 // key whose enumeration fails at once reads as a key without values.
-HRESULT ReadKeyValues(HKEY root, const WCHAR* subkey, RegistryValues* values);
+[[nodiscard]] HRESULT ReadKeyValues(HKEY root, const WCHAR* subkey, RegistryValues* values);
 
 }  // namespace tarnix

@@ -13,7 +13,7 @@ namespace tarnix {
 // or a DOM document object). 0: found, `*text` is the entry's text. 1: `config` is text
 // but not XML, and `*text` is that text as it stands. A document without the entry gives
 // 0x80070490 (element not found), anything that is neither text nor a document 0x80004005.
-HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text);
+[[nodiscard]] HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text);
 
 // The legacy value's pieces, split at every "|".
 std::vector<WString> SplitLegacyValue(const WString& value);
@@ -23,11 +23,12 @@ WString PolicyKeyPath();
 
 // The server from the legacy value "Zelmar Server URL" (or, failing that, the policy
 // key's "MessageServerURL"): url|certificate, or url|serviceValue|...|certificate.
-LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
+[[nodiscard]] LONG LoadLegacyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
 
 // The server from the "MessageServerURL" and "AdapterCertificate" values of the key named
 // by `keyPath`; outputs are written only once both are found.
-LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate);
+[[nodiscard]] LONG LoadKeyServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue,
+                                     WCHAR** certificate);
 
 // Where the message server's configuration was found. The legacy lookup reads the policy
 // key's URL as a legacy value when "Zelmar Server URL" is missing, and then wins over the
@@ -35,11 +36,11 @@ LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCH
 enum class ServerInfoSource { None, LegacyValue, PolicyUrlAsLegacyValue, XmlNamedKey, PolicyKey };
 
 // CRMIConfigLoader::GetConfigContent: the entry's text as a VT_BSTR copied into `*content`.
-LONG CopyConfigContent(VARIANT config, VARIANT* content);
+[[nodiscard]] LONG CopyConfigContent(VARIANT config, VARIANT* content);
 
 // CRMIConfigLoader::GetServerInfo, naming in `*source` (when given) the source whose
 // answer is returned: None when every source failed.
-LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,
-                      ServerInfoSource* source);
+[[nodiscard]] LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue,
+                                    WCHAR** certificate, ServerInfoSource* source);
 
 }  // namespace tarnix

@@ -32,7 +32,7 @@ ComPtr<IXMLDOMDocument> LoadDocument(const WString& xml) {
   return document;
 }
 
-HRESULT ReadEntry(IXMLDOMNode* document, BSTR* text) {
+[[nodiscard]] HRESULT ReadEntry(IXMLDOMNode* document, BSTR* text) {
   ScopedBstr query = NewBstr(kEntryQuery, std::char_traits<WCHAR>::length(kEntryQuery));
   ComPtr<IXMLDOMNode> node;
   HRESULT hr = document->selectSingleNode(query.Get(), node.Receive());
@@ -66,8 +66,7 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
 
   ScopedVariant asText;
   if (SUCCEEDED(VariantChangeType(asText.Receive(), copy.AsInput(), 0, VT_BSTR))) {
-    const BSTR bstr = asText.Get().bstrVal;
-    const WString xml = bstr ? WString(bstr, SysStringLen(bstr)) : WString();
+    const WString xml = BstrText(asText.Get().bstrVal);
     ComPtr<IXMLDOMDocument> document = LoadDocument(xml);
     if (!document) {
       // Not XML: a registry path given in place of a document is the path itself.

@@ -10,6 +10,8 @@
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedSafeArray.h"
 
+#include <tuple>
+
 namespace tarnix {
 namespace {
 
@@ -47,23 +49,23 @@ constexpr const WCHAR* kCommonSystemServiceFailed = WSTR(
 // An empty value names no server: it counts as a value that is not there.
 const HRESULT kEmptyValue = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 
-HRESULT ReadServerString(const WCHAR* subkey, const WCHAR* name, WString* value) {
+[[nodiscard]] HRESULT ReadServerString(const WCHAR* subkey, const WCHAR* name, WString* value) {
   const HRESULT hr = ReadMachineString(subkey, name, value);
   return SUCCEEDED(hr) && value->empty() ? kEmptyValue : hr;
 }
 
-HRESULT GetUniqueId(ISystemInfo* info, WCHAR** serviceValue) {
+[[nodiscard]] HRESULT GetUniqueId(ISystemInfo* info, WCHAR** serviceValue) {
   return serviceValue ? info->get_uniqueId(serviceValue) : S_OK;
 }
 
-HRESULT ObtainSystemInfo(ComPtr<ISystemInfo>* info) {
+[[nodiscard]] HRESULT ObtainSystemInfo(ComPtr<ISystemInfo>* info) {
   const HRESULT hr = GetSystemInfo(info);
   return SUCCEEDED(hr) && !*info ? E_NOINTERFACE : hr;
 }
 
 // A value of the key as text: strings as they are, a multi-string joined with nothing
 // between its strings, a number in decimal.
-bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
+[[nodiscard]] bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
   const auto found = values.find(name);
   if (found == values.end()) return false;
   const VARIANT& value = found->second.Get();
@@ -71,17 +73,14 @@ bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
     ScopedSafeArrayAccess<BSTR> strings(value.parray);
     if (!strings.Valid()) return false;
     text->clear();
-    for (BSTR piece : strings) {
-      if (piece) text->append(piece, SysStringLen(piece));
-    }
+    for (BSTR piece : strings) *text += BstrText(piece);
     return true;
   }
   ScopedVariant converted;
   if (FAILED(VariantChangeType(converted.Receive(), found->second.AsInput(), 0, VT_BSTR))) {
     return false;
   }
-  const BSTR bstr = converted.Get().bstrVal;
-  *text = bstr ? WString(bstr, SysStringLen(bstr)) : WString();
+  *text = BstrText(converted.Get().bstrVal);
   return true;
 }
 
@@ -101,7 +100,7 @@ class ServerInfoOutputs {
   }
 
   template <class Source>
-  LONG Run(Source source) {
+  [[nodiscard]] LONG Run(Source source) {
     BSTR slots[3] = {nullptr, nullptr, nullptr};
     struct Collect {
       ServerInfoOutputs* outputs;
@@ -124,7 +123,7 @@ class ServerInfoOutputs {
 
 // The legacy value, or failing that the policy key's URL read the same way; `source`
 // (when given) tells which.
-HRESULT ReadLegacyValue(WString* value, ServerInfoSource* source) {
+[[nodiscard]] HRESULT ReadLegacyValue(WString* value, ServerInfoSource* source) {
   HRESULT hr = ReadServerString(kLegacyKey, kLegacyValue, value);
   if (source) *source = ServerInfoSource::LegacyValue;
   if (SUCCEEDED(hr)) return hr;
@@ -149,7 +148,7 @@ WString PolicyKeyPath() {
   return WSTR("Software\\Policies\\Corvane, Inc.\\") + GetProductName() + WSTR("\\Desktop Agent");
 }
 
-LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
+LONG LoadLegacyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   WString value;
   HRESULT hr = ReadLegacyValue(&value, nullptr);
@@ -180,7 +179,7 @@ LONG loadLegancyServerInfo(WCHAR** url, WCHAR** serviceValue, WCHAR** certificat
   return hr;
 }
 
-LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
+LONG LoadKeyServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   const RegistryPath path = ParseRegistryPath(keyPath);
   RegistryValues values;
@@ -213,21 +212,21 @@ LONG loadCommonServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCH
 namespace {
 
 // The sources after the legacy value, in their order.
-LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs, ServerInfoSource* source) {
+[[nodiscard]] LONG LookUpConfiguredKeys(VARIANT config, ServerInfoOutputs& outputs,
+                                        ServerInfoSource* source) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   ScopedBstr path;
   LONG hr = E_FAIL;
   if (SUCCEEDED(FindServerConfigRegistry(config, path.Receive()))) {
     hr = outputs.Run(
-        [&](WCHAR** u, WCHAR** s, WCHAR** c) { return loadCommonServerInfo(path.Get(), u, s, c); });
+        [&](WCHAR** u, WCHAR** s, WCHAR** c) { return LoadKeyServerInfo(path.Get(), u, s, c); });
     *source = ServerInfoSource::XmlNamedKey;
     if (SUCCEEDED(hr)) return hr;
     log.ErrorWithCode(kLoadServerConfigFailed, hr);
   }
   WString policyKey = PolicyKeyPath();
-  hr = outputs.Run([&](WCHAR** u, WCHAR** s, WCHAR** c) {
-    return loadCommonServerInfo(&policyKey[0], u, s, c);
-  });
+  hr = outputs.Run(
+      [&](WCHAR** u, WCHAR** s, WCHAR** c) { return LoadKeyServerInfo(&policyKey[0], u, s, c); });
   *source = ServerInfoSource::PolicyKey;
   if (FAILED(hr)) log.ErrorWithCode(kLoadPolicyConfigFailed, hr);
   return hr;
@@ -241,12 +240,12 @@ LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR**
   LONG hr = E_FAIL;
   {
     ServerInfoOutputs outputs(url, serviceValue, certificate);
-    hr = outputs.Run(loadLegancyServerInfo);
+    hr = outputs.Run(LoadLegacyServerInfo);
     if (FAILED(hr)) {
       hr = LookUpConfiguredKeys(config, outputs, &answered);
     } else if (source) {
       WString value;
-      ReadLegacyValue(&value, &answered);
+      std::ignore = ReadLegacyValue(&value, &answered);
     }
   }
   if (source) *source = SUCCEEDED(hr) ? answered : ServerInfoSource::None;

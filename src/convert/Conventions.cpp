@@ -8,8 +8,7 @@ constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ULL;
 constexpr ULONGLONG kTicksPerSecond = 10000000ULL;
 
 void LogStringFailure(const HostLog& log, CJavaVM& vm, WStringView text, TextInLog visibility) {
-  WString exception;
-  vm.GetExceptionText(exception);
+  const WString exception = vm.TakeException().value_or(WString());
   if (visibility == TextInLog::Hidden) {
     log.Error(WSTR("Failed to create a new Java string.  %s"), exception);
   } else if (log.HasLogger()) {
@@ -42,12 +41,6 @@ void Conversion::LookUp(DataClass which) {
   const size_t index = static_cast<size_t>(which);
   classes_[index] = vm_.GetClass(classes::kClassTable[index].name);
   looked_[index] = true;
-}
-
-std::optional<WString> Conversion::TakePendingException() {
-  WString text;
-  if (!vm_.GetExceptionText(text)) return std::nullopt;
-  return text;
 }
 
 void Conversion::LogWithException(const WCHAR* format) {

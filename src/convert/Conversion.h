@@ -79,10 +79,7 @@ class Conversion {
 
   // The text of the pending Java exception, which is cleared; nothing when none is
   // pending.
-  std::optional<WString> TakeException() {
-    if (!ExceptionPending()) return std::nullopt;
-    return TakePendingException();
-  }
+  std::optional<WString> TakeException() { return vm_.TakeException(); }
   // Whether an exception is pending, leaving it so.
   bool ExceptionPending() const {
     JNIEnv* env = vm_.GetEnv();
@@ -104,8 +101,8 @@ class Conversion {
 
   // Calls a void method; the text of the exception it left, if any, now cleared.
   template <class Signature, class... Args>
-  std::optional<WString> Call(const CJavaObject& object, tarnix::Method<Signature> method,
-                              const Args&... args) {
+  [[nodiscard]] std::optional<WString> Call(const CJavaObject& object,
+                                            tarnix::Method<Signature> method, const Args&... args) {
     object.CallVoidMethod(method, args...);
     return TakeException();
   }
@@ -120,7 +117,6 @@ class Conversion {
 
  private:
   void LookUp(DataClass which);
-  std::optional<WString> TakePendingException();
 
   CJavaVM& vm_;
   const HostLog& log_;

@@ -11,6 +11,8 @@
 
 namespace tarnix::convert {
 
+// A BaseSample at the sample's time (left in *time), or nothing with the reason logged.
+LocalObject NewJavaSample(Conversion& c, IHostSample* sample, DATE* time);
 LocalObject GetSample(Conversion& c, IHostSample* sample, IHostSessionSource* sessions);
 
 // True when the metrics enumerator delivered a pair, and when the metrics could not be
@@ -22,13 +24,15 @@ LocalObject GetMetricWithInstances(Conversion& c, WStringView name, IHostEnumera
 
 LocalObject GetUserSession(Conversion& c, ComPtr<IHostUserSession> session);
 
-LocalObject GetDesktop(Conversion& c, ISystemInfo* system);
+// An adapter list the host gave but that cannot be read, or none at all, fails the desktop
+// with its code in *listFailure (left alone otherwise).
+LocalObject GetDesktop(Conversion& c, ISystemInfo* system, HRESULT* listFailure);
 LocalObject GetNetworkInterface(Conversion& c, const HostNetworkInterfaceRecord& adapter);
 
 LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes);
 LocalObject GetExtendedSample(Conversion& c, IHostSample* sample, IHostEnumerator* metrics);
-HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSample* sample,
-                           IHostEnumerator* metrics);
+[[nodiscard]] HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample,
+                                         IHostSample* sample, IHostEnumerator* metrics);
 
 void PutRemoteApps(Conversion& c, const CJavaObject& target, IHostSample* instance);
 LocalObject GetRemoteApp(Conversion& c, WStringView id);

@@ -1,6 +1,5 @@
 #include "convert/Converters.h"
 
-#include "common/HResultError.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedSafeArray.h"
 
@@ -9,26 +8,40 @@
 namespace tarnix::convert {
 namespace {
 
+constexpr const WCHAR kNetworkInterfacesFailure[] =
+    WSTR("Failed to get_networkInterfaces in function class std::shared_ptr<class CJavaObject> ")
+        WSTR("__cdecl CJNIConvertor::GetDesktop(class std::shared_ptr<class CJavaVM>,struct ")
+            WSTR("ISystemInfo *)");
+
 // The host's adapter list: a VT_RECORD array held locked while its records are read.
 class AdapterList {
  public:
-  // Throws what the caller must hand on for an array that is not an adapter list.
-  void Adopt(SAFEARRAY* array) {
+  // A list the host cannot give is logged, and the desktop goes on without one until
+  // Records() ends it further down.
+  [[nodiscard]] HRESULT Read(Conversion& c, ISystemInfo* system) {
+    ScopedSafeArray received;
+    const HRESULT hr = system->get_networkInterfaces(received.Receive());
+    if (SUCCEEDED(hr)) return Adopt(received.Release());
+    c.Log().ErrorWithCode(kNetworkInterfacesFailure, hr);
+    return S_OK;
+  }
+
+  // Fails, with what the caller must hand on, for an array that is not an adapter list.
+  [[nodiscard]] HRESULT Adopt(SAFEARRAY* array) {
     array_.Reset(array);
-    if (!array) throw HResultError(E_INVALIDARG);
+    if (!array) return E_INVALIDARG;
     VARTYPE type = VT_EMPTY;
     if (FAILED(SafeArrayGetVartype(array, &type)) || type != VT_RECORD ||
         SafeArrayGetElemsize(array) != sizeof(HostNetworkInterfaceRecord)) {
-      throw HResultError(E_INVALIDARG);
+      return E_INVALIDARG;
     }
     access_.emplace(array);
-    if (!access_->Valid()) throw HResultError(access_->result());
+    return access_->result();
   }
 
-  // Without an array (the host could not give one) this is the failure it ends in.
-  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& Records() const {
-    if (!access_) throw HResultError(E_INVALIDARG);
-    return *access_;
+  // Null without an array (the host could not give one).
+  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>* Records() const {
+    return access_ ? &*access_ : nullptr;
   }
 
  private:
@@ -36,11 +49,6 @@ class AdapterList {
   // Declared after the array: unlocked before it is destroyed.
   std::optional<ScopedSafeArrayAccess<HostNetworkInterfaceRecord>> access_;
 };
-
-constexpr const WCHAR kNetworkInterfacesFailure[] =
-    WSTR("Failed to get_networkInterfaces in function class std::shared_ptr<class CJavaObject> ")
-        WSTR("__cdecl CJNIConvertor::GetDesktop(class std::shared_ptr<class CJavaVM>,struct ")
-            WSTR("ISystemInfo *)");
 
 struct AdapterSetter {
   tarnix::Method<void(jstring)> method;
@@ -59,6 +67,18 @@ constexpr AdapterSetter kAdapterSetters[] = {
      WSTR("Failed to set the subnet on the Java network interface object.  %s")},
 };
 constexpr size_t kTextSetters = sizeof(kAdapterSetters) / sizeof(kAdapterSetters[0]);
+
+// An adapter that cannot be converted or added is left out; the desktop goes on.
+void AddAdapter(Conversion& c, const CJavaObject& desktop,
+                const HostNetworkInterfaceRecord& record) {
+  LocalObject adapter = GetNetworkInterface(c, record);
+  if (!adapter) return;
+  if (std::optional<WString> failure =
+          c.Call(desktop, methods::DesktopInformation::addNetworkInterface, *adapter)) {
+    c.Log().Error(WSTR("Failed to add network interface '%s' to the Java desktop object.  %s"),
+                  WString(View(record.description)), *failure);
+  }
+}
 
 }  // namespace
 
@@ -92,19 +112,13 @@ LocalObject GetNetworkInterface(Conversion& c, const HostNetworkInterfaceRecord&
   return javaAdapter;
 }
 
-LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
+LocalObject GetDesktop(Conversion& c, ISystemInfo* system, HRESULT* listFailure) {
   const CJavaClass* desktopClass = c.Class(DataClass::DesktopInformation);
   if (!desktopClass || !system) return std::nullopt;
   AdapterList adapters;
-  {
-    ScopedSafeArray received;
-    const HRESULT hr = system->get_networkInterfaces(received.Receive());
-    if (FAILED(hr)) {
-      // Logged now, and the desktop goes on; the missing list ends it further down.
-      c.Log().ErrorWithCode(kNetworkInterfacesFailure, hr);
-    } else {
-      adapters.Adopt(received.Release());
-    }
+  if (const HRESULT hr = adapters.Read(c, system); FAILED(hr)) {
+    *listFailure = hr;
+    return std::nullopt;
   }
   ScopedBstr name, fqdn;
   system->get_machineName(name.Receive());
@@ -125,16 +139,12 @@ LocalObject GetDesktop(Conversion& c, ISystemInfo* system) {
     return std::nullopt;
   }
 
-  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>& records = adapters.Records();
-  for (const HostNetworkInterfaceRecord& record : records) {
-    LocalObject adapter = GetNetworkInterface(c, record);
-    if (!adapter) continue;
-    if (std::optional<WString> failure =
-            c.Call(*desktop, methods::DesktopInformation::addNetworkInterface, *adapter)) {
-      c.Log().Error(WSTR("Failed to add network interface '%s' to the Java desktop object.  %s"),
-                    WString(View(record.description)), *failure);
-    }
+  const ScopedSafeArrayAccess<HostNetworkInterfaceRecord>* records = adapters.Records();
+  if (!records) {
+    *listFailure = E_INVALIDARG;
+    return std::nullopt;
   }
+  for (const HostNetworkInterfaceRecord& record : *records) AddAdapter(c, *desktop, record);
   return desktop;
 }
 

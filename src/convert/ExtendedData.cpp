@@ -1,33 +1,10 @@
 #include "convert/Converters.h"
 
-#include "jni/LocalRef.h"
+#include "jni/HeldException.h"
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
 
 namespace tarnix::convert {
-namespace {
-
-// The first Java exception of a run of calls, cleared as it comes so the run goes on, and
-// raised again when the run is over. Later exceptions are cleared and dropped.
-class FirstException {
- public:
-  explicit FirstException(JNIEnv* env) : env_(env) {}
-  void Hold() {
-    if (!env_ || !env_->ExceptionCheck()) return;
-    LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
-    env_->ExceptionClear();
-    if (!first_) first_ = std::move(thrown);
-  }
-  void Raise() const {
-    if (first_) env_->Throw(first_.Get());
-  }
-
- private:
-  JNIEnv* env_;
-  LocalRef<jthrowable> first_;
-};
-
-}  // namespace
 
 LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   if (!attributes) return std::nullopt;
@@ -40,7 +17,7 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
   if (FAILED(attributes->get_Enumerator(items.Receive()))) return std::nullopt;
   // A "put" that threw is not the end of the map: its exception is held aside while the
   // later attributes go in, and left pending at the end for the caller's send-failure line.
-  FirstException failedPut(c.Vm().GetEnv());
+  HeldException failedPut(c.Vm().GetEnv());
   ScopedBstr name;
   ScopedVariant value;
   while (items && items->Next(name.Receive(), value.Receive()) == S_OK) {
@@ -81,17 +58,8 @@ HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSa
 }
 
 LocalObject GetExtendedSample(Conversion& c, IHostSample* sample, IHostEnumerator* metrics) {
-  const CJavaClass* sampleClass = c.Class(DataClass::Sample);
-  if (!sampleClass || !sample) return std::nullopt;
   DATE time = 0;
-  const HRESULT hr = sample->get_time(&time);
-  if (FAILED(hr)) {
-    c.Log().ErrorWithCode(WSTR("Failed to get time from sample"), hr);
-    return std::nullopt;
-  }
-  LocalObject javaSample =
-      c.Construct(*sampleClass, methods::BaseSample::ctorTime,
-                  WSTR("Failed to create a new Java sample object.  %s"), ToJavaMillis(time));
+  LocalObject javaSample = NewJavaSample(c, sample, &time);
   if (!javaSample) return std::nullopt;
   // The sample goes with the metrics that did go in.
   if (FAILED(PutExtendedMetrics(c, *javaSample, sample, metrics))) {

@@ -43,10 +43,11 @@ std::shared_ptr<CJavaObject> CJNIConvertor::GetUserSession(
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetDesktop(std::shared_ptr<CJavaVM> vm,
-                                                       ISystemInfo* system) const {
+                                                       ISystemInfo* system,
+                                                       HRESULT* listFailure) const {
   if (!vm) return nullptr;
   Conversion c(*vm, log_);
-  return convert::Pinned(convert::GetDesktop(c, system));
+  return convert::Pinned(convert::GetDesktop(c, system, listFailure));
 }
 
 std::shared_ptr<CJavaObject> CJNIConvertor::GetNetworkInterface(

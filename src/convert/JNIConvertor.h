@@ -45,10 +45,10 @@ class CJNIConvertor {
                                               tarnix::ComPtr<IHostUserSession> session) const;
 
   // A DesktopInformation with one NetworkInterface per adapter. An adapter list that
-  // cannot be read ends in tarnix::HResultError(E_INVALIDARG) (or the array's own code)
-  // thrown once the desktop's own values are converted; the caller turns it into its
-  // result.
-  std::shared_ptr<CJavaObject> GetDesktop(std::shared_ptr<CJavaVM> vm, ISystemInfo* system) const;
+  // cannot be read fails it with E_INVALIDARG (or the array's own code) in *listFailure,
+  // which the caller makes its result; *listFailure is left alone otherwise.
+  std::shared_ptr<CJavaObject> GetDesktop(std::shared_ptr<CJavaVM> vm, ISystemInfo* system,
+                                          HRESULT* listFailure) const;
   std::shared_ptr<CJavaObject> GetNetworkInterface(std::shared_ptr<CJavaVM> vm,
                                                    const HostNetworkInterfaceRecord& adapter) const;
 
@@ -61,8 +61,9 @@ class CJNIConvertor {
   std::shared_ptr<CJavaObject> GetExtendedSample(std::shared_ptr<CJavaVM> vm, IHostSample* sample,
                                                  IHostEnumerator* metrics) const;
   // The result of the enumerator's last Next.
-  HRESULT PutExtendedMetrics(std::shared_ptr<CJavaVM> vm, const CJavaObject& javaSample,
-                             IHostSample* sample, IHostEnumerator* metrics) const;
+  [[nodiscard]] HRESULT PutExtendedMetrics(std::shared_ptr<CJavaVM> vm,
+                                           const CJavaObject& javaSample, IHostSample* sample,
+                                           IHostEnumerator* metrics) const;
 
   // Puts a BaseRemoteApp for every remote application of the instance that has metrics.
   void PutRemoteApps(std::shared_ptr<CJavaVM> vm, const CJavaObject& target,

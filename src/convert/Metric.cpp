@@ -30,7 +30,7 @@ LocalObject NewMetric(Conversion& c, WStringView name) {
 // False for a type the data model does not take. The narrow integer and boolean types
 // are refused although their neighbours are taken: the message server has never been sent
 // them, and its readers do not expect them.
-bool PutValue(Conversion& c, const CJavaObject& metric, const VARIANT& value) {
+[[nodiscard]] bool PutValue(Conversion& c, const CJavaObject& metric, const VARIANT& value) {
   switch (value.vt) {
     case VT_I2:
       metric.CallVoidMethod(methods::BaseMetric::putLongValue, static_cast<jlong>(value.iVal));

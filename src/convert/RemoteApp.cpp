@@ -39,7 +39,7 @@ void PutRemoteApps(Conversion& c, const CJavaObject& target, IHostSample* instan
     if (!javaApp) continue;
     // An application that delivered no metrics is not worth a message to the server.
     if (!PutMetrics(c, *javaApp, app.Get())) continue;
-    c.Log().Level8(WSTR("Adding remote app to sample: '%s'"), id.Text());
+    c.Log().Trace(WSTR("Adding remote app to sample: '%s'"), id.Text());
     if (std::optional<WString> failure =
             c.Call(target, methods::BaseUserSession::putRemoteApp, *javaApp)) {
       const WString label = c.TimeLabelOf(instance);

@@ -33,7 +33,7 @@ void AddInstance(SampleInProgress& s, BSTR key, IHostSample* instance) {
   PutMetrics(s.c, *javaSession, instance);
   if (instance) PutRemoteApps(s.c, *javaSession, instance);
   const WString keyText(View(key));
-  s.c.Log().Level8(WSTR("Adding session to sample: '%s'"), keyText);
+  s.c.Log().Trace(WSTR("Adding session to sample: '%s'"), keyText);
   if (std::optional<WString> failure =
           s.c.Call(s.javaSample, methods::BaseSample::putSession, *javaSession)) {
     if (s.c.Log().HasLogger()) {
@@ -45,23 +45,26 @@ void AddInstance(SampleInProgress& s, BSTR key, IHostSample* instance) {
 
 }  // namespace
 
-LocalObject GetSample(Conversion& c, IHostSample* sample, IHostSessionSource* sessions) {
+LocalObject NewJavaSample(Conversion& c, IHostSample* sample, DATE* time) {
   const CJavaClass* sampleClass = c.Class(DataClass::Sample);
   if (!sampleClass || !sample) return std::nullopt;
-  DATE time = 0;
-  HRESULT hr = sample->get_time(&time);
+  const HRESULT hr = sample->get_time(time);
   if (FAILED(hr)) {
     c.Log().ErrorWithCode(WSTR("Failed to get time from sample"), hr);
     return std::nullopt;
   }
-  LocalObject javaSample =
-      c.Construct(*sampleClass, methods::BaseSample::ctorTime,
-                  WSTR("Failed to create a new Java sample object.  %s"), ToJavaMillis(time));
+  return c.Construct(*sampleClass, methods::BaseSample::ctorTime,
+                     WSTR("Failed to create a new Java sample object.  %s"), ToJavaMillis(*time));
+}
+
+LocalObject GetSample(Conversion& c, IHostSample* sample, IHostSessionSource* sessions) {
+  DATE time = 0;
+  LocalObject javaSample = NewJavaSample(c, sample, &time);
   if (!javaSample) return std::nullopt;
   PutMetrics(c, *javaSample, sample);
 
   ComPtr<IHostSampleEnumerator> instances;
-  hr = sample->get_instances(instances.Receive());
+  const HRESULT hr = sample->get_instances(instances.Receive());
   if (FAILED(hr)) {
     // A sample without its sessions would tell the server they all ended.
     c.Log().ErrorWithCode(WSTR("Failed to get instances from sample"), hr);

@@ -2,19 +2,9 @@
 
 #include "jni/LocalRef.h"
 #include "jni/StringChars.h"
+#include "platform/ThreadAnsi.h"
 
 namespace {
-
-// Java hands out modified UTF-8; the text is read in the thread's ANSI code page, which
-// is what the host's log expects of it.
-WString ThreadAnsiToWide(const char* text) {
-  const int needed = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
-  if (needed <= 1) return {};
-  WString wide(static_cast<size_t>(needed), WCHAR{0});
-  const int written = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, &wide[0], needed);
-  wide.resize(written > 0 ? static_cast<size_t>(written - 1) : 0);
-  return wide;
-}
 
 // Queries of an exception that has already been cleared. A query that throws in turn
 // has its exception cleared and counts as having no answer.
@@ -33,7 +23,9 @@ class ThrowableReader {
     if (!Answered(string.Get())) return false;
     const tarnix::StringUtfChars chars(env_, string.Get());
     if (!Answered(chars.Get())) return false;
-    text = ThreadAnsiToWide(chars.Get());
+    // Java hands out modified UTF-8; it is read in the thread's ANSI code page, which is
+    // what the host's log expects of it.
+    text = tarnix::FromThreadAnsi(chars.Get());
     return true;
   }
 
@@ -77,20 +69,17 @@ class ThrowableReader {
 
 namespace tarnix {
 
-bool TakeExceptionText(JNIEnv* env, WString& out) {
-  // Asked after every call into Java; the plain check spares a reference when all is well.
-  if (!env || !env->ExceptionCheck()) return false;
+WString TakePendingExceptionText(JNIEnv* env) {
   tarnix::LocalRef<jthrowable> exception(env, env->ExceptionOccurred());
-  if (!exception) return false;
   // JNI allows no queries while an exception is pending, so it is taken and cleared
   // first; the text comes out the same.
   env->ExceptionClear();
   ThrowableReader reader(env);
-  WString text;
-  if (reader.ToString(exception.Get(), text)) out = std::move(text);
+  WString text;  // without a toString() answer, the frames alone
+  reader.ToString(exception.Get(), text);
   tarnix::LocalRef<jobjectArray> frames = reader.StackTrace(exception.Get());
-  if (frames) reader.AppendFrames(frames.Get(), out);
-  return true;
+  if (frames) reader.AppendFrames(frames.Get(), text);
+  return text;
 }
 
 void RaiseIllegalArgument(JNIEnv* env, const std::string& message) {

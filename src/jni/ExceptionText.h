@@ -6,13 +6,20 @@
 
 #include <jni.h>
 
+#include <optional>
 #include <string>
 
 namespace tarnix {
 
-// False when no exception is pending (out untouched). Otherwise clears the exception
-// and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
-bool TakeExceptionText(JNIEnv* env, WString& out);
+// The one way the component takes a pending Java exception: it is cleared (JNI allows
+// no other call while one is pending) and its text comes back, its toString() followed
+// by "\r\n\t" and each stack frame. Nothing when none is pending. Inline: it is asked
+// after every call into Java, and the plain check spares a reference when all is well.
+[[nodiscard]] WString TakePendingExceptionText(JNIEnv* env);
+[[nodiscard]] inline std::optional<WString> TakeException(JNIEnv* env) {
+  if (!env || !env->ExceptionCheck()) return std::nullopt;
+  return TakePendingExceptionText(env);
+}
 
 // Raises a java.lang.IllegalArgumentException on the calling thread, unless an
 // exception is already pending (that one is the more telling).

@@ -31,7 +31,7 @@ class CJavaClass : public tarnix::ResolvedMethods {
   // Finds the class with the calling thread's environment and resolves every row in
   // order. False at the first failure, with the Java exception left pending. The table
   // must outlive the class: handles are checked against it.
-  bool Initialize(const MethodEntry* table, ULONGLONG count);
+  [[nodiscard]] bool Initialize(const MethodEntry* table, ULONGLONG count);
 
   // By text, for whoever walks the table at run time; calls use handles. Null when the
   // alias is not in the table; a later row of the same alias wins.
@@ -51,8 +51,8 @@ class CJavaClass : public tarnix::ResolvedMethods {
   // The same as a local reference of the calling thread, without the shared handle: for
   // the objects of one call, which die with it and are not worth a global reference each.
   template <class... P, class... Args>
-  std::optional<CJavaObject> NewLocalObject(tarnix::Constructor<void(P...)> constructor,
-                                            const Args&... args) const {
+  [[nodiscard]] std::optional<CJavaObject> NewLocalObject(
+      tarnix::Constructor<void(P...)> constructor, const Args&... args) const {
     static_assert(sizeof...(Args) == sizeof...(P), "the constructor takes other arguments");
     const tarnix::JValues<sizeof...(P)> values{{tarnix::ToJValue<P>(args)...}};
     return NewLocalObjectWith(constructor.Table(), constructor.Row(), values.Get());
@@ -62,8 +62,8 @@ class CJavaClass : public tarnix::ResolvedMethods {
   CJavaThreads* GetMachine() const { return machine_; }
 
  private:
-  std::optional<CJavaObject> NewLocalObjectWith(const MethodEntry* table, size_t row,
-                                                const jvalue* values) const;
+  [[nodiscard]] std::optional<CJavaObject> NewLocalObjectWith(const MethodEntry* table, size_t row,
+                                                              const jvalue* values) const;
   std::shared_ptr<CJavaObject> NewPinnedObjectWith(const MethodEntry* table, size_t row,
                                                    const jvalue* values) const;
 

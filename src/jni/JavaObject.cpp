@@ -1,6 +1,7 @@
 #include "jni/JavaObject.h"
 
 #include "jni/ExceptionText.h"
+#include "jni/HeldException.h"
 #include "jni/JavaString.h"
 #include "jni/JavaThreads.h"
 
@@ -23,7 +24,7 @@ void RefuseForeignTable(JNIEnv* env, const tarnix::ResolvedMethods& javaClass,
 
 CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
   if (this != &other) {
-    ForgetIfDetached();
+    local_.ForgetIfDetached(machine_);
     machine_ = other.machine_;
     class_ = other.class_;
     global_ = std::move(other.global_);
@@ -33,25 +34,15 @@ CJavaObject& CJavaObject::operator=(CJavaObject&& other) noexcept {
   return *this;
 }
 
-void CJavaObject::ForgetIfDetached() {
-  if (!local_) return;
-  // The environment answers for the thread: one the machine still knows for this thread
-  // is the one the reference was made in. A detach has already dropped the thread's
-  // frame and the reference with it.
-  JNIEnv* env = local_.Env();
-  jobject ref = local_.Release();
-  if (machine_->GetEnv() == env) env->DeleteLocalRef(ref);
-}
-
 std::shared_ptr<CJavaObject> CJavaObject::MakeGlobal() const {
   JNIEnv* env = machine_->GetEnv();
   if (!env || !object_) return {};
   // A converter may hand back an object together with an exception meant for its caller;
   // it is set aside while the reference is made, and stays pending.
-  tarnix::LocalRef<jthrowable> pending(env, env->ExceptionOccurred());
-  if (pending) env->ExceptionClear();
+  tarnix::HeldException pending(env);
+  pending.Hold();
   tarnix::GlobalRef<jobject> pinned(machine_, env->NewGlobalRef(object_));
-  if (pending) env->Throw(pending.Get());
+  pending.Raise();
   if (!pinned) return {};
   return std::make_shared<CJavaObject>(machine_, class_, std::move(pinned));
 }

@@ -31,9 +31,7 @@ class CJavaObject {
   CJavaObject(CJavaThreads* machine, const tarnix::ResolvedMethods* javaClass,
               tarnix::LocalRef<jobject> object)
       : machine_(machine), class_(javaClass), local_(std::move(object)), object_(local_.Get()) {}
-  virtual ~CJavaObject() {
-    if (local_) ForgetIfDetached();
-  }
+  virtual ~CJavaObject() { local_.ForgetIfDetached(machine_); }
   CJavaObject(const CJavaObject&) = delete;
   CJavaObject& operator=(const CJavaObject&) = delete;
   // Movable, so that the objects of one call can live on the stack.
@@ -58,9 +56,7 @@ class CJavaObject {
     JNIEnv* env = Enter(method.Table(), method.Row(), id);
     if (!env) return;
     if constexpr (std::is_pointer_v<R>) {
-      if (jobject answer = env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...)) {
-        env->DeleteLocalRef(answer);
-      }
+      tarnix::ScopedLocalRef(env, env->CallObjectMethod(object_, id, tarnix::ToJni<P>(args)...));
     } else {
       Invoke<R>(env, id, tarnix::ToJni<P>(args)...);
     }
@@ -120,8 +116,6 @@ class CJavaObject {
     else
       env->CallDoubleMethod(object_, id, values...);
   }
-  void ForgetIfDetached();
-
   CJavaThreads* machine_;
   const tarnix::ResolvedMethods* class_;
   tarnix::GlobalRef<jobject> global_;

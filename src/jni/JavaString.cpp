@@ -7,21 +7,11 @@
 
 CJavaString& CJavaString::operator=(CJavaString&& other) noexcept {
   if (this != &other) {
-    ForgetIfDetached();
+    string_.ForgetIfDetached(machine_);
     machine_ = other.machine_;
     string_ = std::move(other.string_);
   }
   return *this;
-}
-
-void CJavaString::ForgetIfDetached() {
-  if (!string_) return;
-  // The environment answers for the thread: one the machine still knows for this thread
-  // is the one the reference was made in. A detach has already dropped the thread's
-  // frame and the reference with it.
-  JNIEnv* env = string_.Env();
-  jstring ref = string_.Release();
-  if (machine_->GetEnv() == env) env->DeleteLocalRef(ref);
 }
 
 bool CJavaString::GetText(WString& out) const {

@@ -17,9 +17,7 @@ class CJavaString {
  public:
   CJavaString(CJavaThreads* machine, tarnix::LocalRef<jstring> string)
       : machine_(machine), string_(std::move(string)) {}
-  virtual ~CJavaString() {
-    if (string_) ForgetIfDetached();
-  }
+  virtual ~CJavaString() { string_.ForgetIfDetached(machine_); }
   CJavaString(const CJavaString&) = delete;
   CJavaString& operator=(const CJavaString&) = delete;
   // Movable, so that the strings of one call can live on the stack.
@@ -28,14 +26,12 @@ class CJavaString {
 
   // The characters up to the first zero character. False for a null string or when
   // the JVM cannot lend the characters.
-  bool GetText(WString& out) const;
+  [[nodiscard]] bool GetText(WString& out) const;
 
   // May be null (a Java method answered null).
   jstring Get() const { return string_.Get(); }
 
  private:
-  void ForgetIfDetached();
-
   CJavaThreads* machine_;
   tarnix::LocalRef<jstring> string_;
 };

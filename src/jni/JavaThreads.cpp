@@ -90,4 +90,5 @@ namespace tarnix {
 void DeleteGlobalReference(CJavaThreads* machine, jobject ref) {
   if (machine) machine->DeleteGlobalRef(ref);
 }
+JNIEnv* AttachedEnv(CJavaThreads* machine) { return machine->GetEnv(); }
 }  // namespace tarnix

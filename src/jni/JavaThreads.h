@@ -41,10 +41,10 @@ class CJavaThreads {
     return LookUpEnv();
   }
   // 0 or the machine's JNI code. A thread already registered is not attached again.
-  LONG AttachCurrentThread();
+  [[nodiscard]] LONG AttachCurrentThread();
   // 0 or the machine's JNI code. The creating thread is never detached. Attachments do
   // not nest: the first detach of a thread detaches it.
-  LONG DetachCurrentThread();
+  [[nodiscard]] LONG DetachCurrentThread();
 
   // Deletes a global reference from whatever thread releases it.
   void DeleteGlobalRef(jobject ref);

@@ -8,6 +8,7 @@
 #include <cassert>
 #include <climits>
 #include <functional>
+#include <tuple>
 
 CJavaVM::CJavaVM(const WString& runtimeDirectory)
     : dllDirectory_(runtimeDirectory + tarnix::platform::kRuntimeDllDirectory),
@@ -38,7 +39,7 @@ void CJavaVM::Unload() {
   ForgetClassesAndThreads();
   // The JVM goes on running on its own threads; unmapping its code under them would
   // bring the host down.
-  if (vm_) library_.Pin();
+  if (vm_) std::ignore = library_.Pin();
   vm_ = nullptr;
   creatingThread_ = 0;
   library_.Free();
@@ -80,7 +81,7 @@ CJavaVM::ThreadDetachGuard CJavaVM::MakeDetachGuard() {
     // Only the attached thread can detach itself; a guard released elsewhere would
     // detach the wrong thread.
     assert(thread == GetCurrentThreadId() && "thread guard released on another thread");
-    if (thread == GetCurrentThreadId()) machine->DetachCurrentThread();
+    if (thread == GetCurrentThreadId()) std::ignore = machine->DetachCurrentThread();
   });
 }
 
@@ -129,5 +130,3 @@ std::optional<CJavaString> CJavaVM::RefuseLongText(JNIEnv* env) {
 std::shared_ptr<CJavaString> CJavaVM::NewString(const WCHAR* text) {
   return NewString(text ? std::basic_string_view<WCHAR>(text) : std::basic_string_view<WCHAR>());
 }
-
-bool CJavaVM::GetExceptionText(WString& out) { return tarnix::TakeExceptionText(GetEnv(), out); }

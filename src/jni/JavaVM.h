@@ -3,6 +3,7 @@
 // thread that uses it (jni/JavaThreads.h), and the classes loaded so far.
 #pragma once
 
+#include "jni/ExceptionText.h"
 #include "jni/JavaClass.h"
 #include "jni/JavaString.h"
 #include "jni/JavaThreads.h"
@@ -32,7 +33,7 @@ class CJavaVM : public CJavaThreads {
   // Loads the runtime library and creates the machine on the calling thread, which stays
   // attached for the machine's life. 0, a JNI error code (negative), or the load
   // failure as an HRESULT. A second call is a successful no-op.
-  LONG Create(std::vector<std::string> options);
+  [[nodiscard]] LONG Create(std::vector<std::string> options);
 
   // Releasing the last copy detaches the calling thread. It never deletes the machine.
   using ThreadDetachGuard = std::shared_ptr<CJavaVM>;
@@ -61,7 +62,7 @@ class CJavaVM : public CJavaThreads {
   std::shared_ptr<CJavaString> NewString(const WCHAR* text);
   // The same without the shared handle, for the many strings of one call: inline, and
   // made where the caller keeps it.
-  std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text) {
+  [[nodiscard]] std::optional<CJavaString> NewLocalString(std::basic_string_view<WCHAR> text) {
     JNIEnv* env = GetEnv();
     if (!env || env->ExceptionCheck()) return {};
     if (text.size() > static_cast<size_t>(INT32_MAX)) return RefuseLongText(env);
@@ -72,9 +73,11 @@ class CJavaVM : public CJavaThreads {
     return std::optional<CJavaString>(std::in_place, this, tarnix::LocalRef<jstring>(env, made));
   }
 
-  // False when no exception is pending (out untouched). Otherwise clears the exception
-  // and replaces out with its toString() text followed by "\r\n\t" and each stack frame.
-  bool GetExceptionText(WString& out);
+  // The one way the component takes a pending Java exception: it is cleared (JNI allows
+  // no other call while one is pending) and its text comes back, its toString() followed
+  // by "\r\n\t" and each stack frame. Nothing when none is pending. Inline: it is asked
+  // after every call into Java, and the plain check spares a reference when all is well.
+  [[nodiscard]] std::optional<WString> TakeException() { return tarnix::TakeException(GetEnv()); }
 
   // Lets go of the machine without destroying it, for a host that is shutting down: the
   // classes and the thread map are emptied and the runtime library's handle is freed. A
@@ -87,7 +90,7 @@ class CJavaVM : public CJavaThreads {
 
  private:
   // Empty, with an IllegalArgumentException raised.
-  std::optional<CJavaString> RefuseLongText(JNIEnv* env);
+  [[nodiscard]] std::optional<CJavaString> RefuseLongText(JNIEnv* env);
   void ForgetClassesAndThreads();
 
   WString dllDirectory_;

@@ -9,7 +9,13 @@
 #include <cassert>
 #include <utility>
 
+class CJavaThreads;
+
 namespace tarnix {
+
+// The calling thread's environment on the machine, null when it has not attached it;
+// defined with CJavaThreads.
+JNIEnv* AttachedEnv(CJavaThreads* machine);
 
 namespace detail {
 // Every local reference records its thread, and a conversion makes thousands. Where the
@@ -54,6 +60,17 @@ class LocalRef {
   // Gives the reference up without deleting it (it is handed to Java as a result, or the
   // thread's frame has already been dropped by a detach).
   T Release() { return std::exchange(ref_, nullptr); }
+
+  // For an owner that may outlive its thread's attachment to the machine: the reference
+  // is deleted while that thread is still attached, and only forgotten after a detach,
+  // which has already dropped the thread's frame and the reference with it. The
+  // environment answers for the thread: one the machine still knows for the calling
+  // thread is the one the reference was made in.
+  void ForgetIfDetached(CJavaThreads* machine) {
+    if (!ref_) return;
+    T ref = Release();
+    if (AttachedEnv(machine) == env_) env_->DeleteLocalRef(ref);
+  }
 
   void Reset() {
     T ref = std::exchange(ref_, nullptr);

@@ -20,12 +20,12 @@ class RuntimeLibrary {
 
   // S_OK, or the loader's last error as an HRESULT. The DLL search directory is the
   // caller's again when this returns.
-  HRESULT Load(const WString& path, const WString& dllDirectory);
+  [[nodiscard]] HRESULT Load(const WString& path, const WString& dllDirectory);
   // JNI_CreateJavaVM of the loaded module; null (last error set) when it lacks one.
   CreateJavaVMFunction GetCreateJavaVM() const;
   void Free();
   // Keeps the library mapped until the process ends, whatever frees it later.
-  bool Pin() const;
+  [[nodiscard]] bool Pin() const;
 
   HMODULE Get() const { return module_; }
 

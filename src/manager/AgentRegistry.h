@@ -13,7 +13,7 @@ inline constexpr const WCHAR* kHostDesktopKeyPath =
     WSTR("Software\\Corvane, Inc.\\Corvane Palisade");
 
 // REG_SZ or REG_EXPAND_SZ (not expanded); any other type is 0x8007000D.
-HRESULT ReadAgentValue(const WCHAR* name, WString* value);
-HRESULT ReadHostDesktopValue(const WCHAR* name, WString* value);
+[[nodiscard]] HRESULT ReadAgentValue(const WCHAR* name, WString* value);
+[[nodiscard]] HRESULT ReadHostDesktopValue(const WCHAR* name, WString* value);
 
 }  // namespace tarnix

@@ -5,33 +5,17 @@
 #include "manager/CommManagerImpl.h"
 #include "manager/DataTypes.h"
 #include "platform/ScopedVariant.h"
+#include "platform/UniqueAny.h"
 
 namespace tarnix {
 namespace {
-
-// Owns one handle of a kernel object.
-class EventHandle {
- public:
-  explicit EventHandle(HANDLE handle) : handle_(handle) {}
-  ~EventHandle() {
-    if (handle_) CloseHandle(handle_);
-  }
-  EventHandle(const EventHandle&) = delete;
-  EventHandle& operator=(const EventHandle&) = delete;
-
-  HANDLE Get() const { return handle_; }
-  explicit operator bool() const { return handle_ != nullptr; }
-
- private:
-  HANDLE handle_;
-};
 
 const WCHAR* OrNull(const WCHAR* text) { return text ? text : WSTR("null"); }
 
 // A start-up answer that no callback took still has to reach the host: the engine is
 // told to fetch its policy itself.
 void RequestPolicyUpdate(const HostLog& log, HRESULT callbackResult) {
-  const EventHandle event(OpenEventW(EVENT_MODIFY_STATE, FALSE, kPolicyUpdateEventName));
+  const UniqueHandle event(OpenEventW(EVENT_MODIFY_STATE, FALSE, kPolicyUpdateEventName));
   if (!event) {
     // The callback's code, not the system's: the line is about the answer that got lost.
     log.ErrorWithCode(WSTR("Failed to open event for policy update"), callbackResult);
@@ -41,29 +25,23 @@ void RequestPolicyUpdate(const HostLog& log, HRESULT callbackResult) {
   SetEvent(event.Get());
 }
 
-HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* first,
-                      const WCHAR* second, const WCHAR* third, unsigned char dataType,
-                      const WString& text) {
-  const HRESULT hr = manager.CallCallback(first, second, third, dataType, text.c_str());
+[[nodiscard]] HRESULT CallCallbacks(CRMICommManagerImpl& manager, const HostLog& log,
+                                    const WCHAR* serverUrl, const WCHAR* secondValue,
+                                    const WCHAR* certificate, unsigned char dataType,
+                                    const WString& text) {
+  const HRESULT hr =
+      manager.CallCallback(serverUrl, secondValue, certificate, dataType, text.c_str());
   if (FAILED(hr)) {
     const WCHAR* format = dataType == eStartup
                               ? WSTR("Failed to CallCallback for eStartup:(%s, %s, %s)")
                               : WSTR("Failed to CallCallback for eUserSessionLogon:(%s, %s, %s)");
-    log.Error(format, OrNull(first), OrNull(second), OrNull(third));
+    log.Error(format, OrNull(serverUrl), OrNull(secondValue), OrNull(certificate));
     if (dataType == eStartup) RequestPolicyUpdate(log, hr);
   }
   return hr;
 }
 
-VARIANT TextVariant(const WString& text) {
-  VARIANT value;
-  VariantInit(&value);
-  value.vt = VT_BSTR;
-  value.bstrVal = NewBstr(text).Release();
-  return value;
-}
-
-HRESULT ExecuteAction(const HostLog& log, const WString& text) {
+[[nodiscard]] HRESULT ExecuteAction(const HostLog& log, const WString& text) {
   ComPtr<IHostActionExecutor> executor;
   HRESULT hr = GetActionExecutor(&executor);
   if (SUCCEEDED(hr) && !executor) hr = E_NOINTERFACE;
@@ -71,8 +49,7 @@ HRESULT ExecuteAction(const HostLog& log, const WString& text) {
     log.ErrorWithJoinedCode(WSTR("Failed to get action executor"), hr);
     return hr;
   }
-  ScopedVariant action;
-  action.Reset(TextVariant(text));
+  const ScopedVariant action = TextVariant(text);
   hr = executor->ExecuteAction(0, action.Get(), nullptr);
   if (FAILED(hr)) log.ErrorWithJoinedCode(WSTR("Failed to execute action"), hr);
   return hr;
@@ -80,13 +57,13 @@ HRESULT ExecuteAction(const HostLog& log, const WString& text) {
 
 }  // namespace
 
-HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* first,
-                      const WCHAR* second, const WCHAR* third, unsigned char dataType,
+HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* serverUrl,
+                      const WCHAR* secondValue, const WCHAR* certificate, unsigned char dataType,
                       const WString& text, HRESULT unhandledResult) {
   const DataTypeRow* handling = FindDataType(dataType);
   switch (handling ? handling->answer : AnswerRoute::Dropped) {
     case AnswerRoute::Callbacks:
-      return CallCallbacks(manager, log, first, second, third, dataType, text);
+      return CallCallbacks(manager, log, serverUrl, secondValue, certificate, dataType, text);
     case AnswerRoute::ActionExecutor: return ExecuteAction(log, text);
     case AnswerRoute::Dropped: break;
   }

@@ -13,8 +13,9 @@ namespace tarnix {
 inline constexpr const WCHAR* kPolicyUpdateEventName = WSTR("BrixAgent_Engine_ForcePolicyUpdate");
 
 // Answers the result of whoever took the answer, or `unhandledResult` when nobody does.
-HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log, const WCHAR* first,
-                      const WCHAR* second, const WCHAR* third, unsigned char dataType,
-                      const WString& text, HRESULT unhandledResult);
+[[nodiscard]] HRESULT DeliverAnswer(CRMICommManagerImpl& manager, const HostLog& log,
+                                    const WCHAR* serverUrl, const WCHAR* secondValue,
+                                    const WCHAR* certificate, unsigned char dataType,
+                                    const WString& text, HRESULT unhandledResult);
 
 }  // namespace tarnix

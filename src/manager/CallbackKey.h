@@ -10,25 +10,31 @@ namespace tarnix {
 // The three strings of a manager call. They name the message server a call is meant for,
 // and the host registers its callbacks under them.
 struct CallbackKey {
-  WString first;
-  WString second;
-  WString third;
+  WString serverUrl;
+  WString secondValue;
+  WString certificate;
 
   // A null string is held as empty. A copy that cannot be made throws HResultError.
-  static CallbackKey From(const WCHAR* first, const WCHAR* second, const WCHAR* third) {
-    return WithResultCodes([&] { return CallbackKey{Held(first), Held(second), Held(third)}; });
+  static CallbackKey From(const WCHAR* serverUrl, const WCHAR* secondValue,
+                          const WCHAR* certificate) {
+    return WithResultCodes([&] {
+      return CallbackKey{CopyOrEmpty(serverUrl), CopyOrEmpty(secondValue),
+                         CopyOrEmpty(certificate)};
+    });
   }
-  static WString Held(const WCHAR* text) {
+  static WString CopyOrEmpty(const WCHAR* text) {
     return WithResultCodes([text] { return text ? WString(text) : WString(); });
   }
 
   // Code unit by code unit, first string first: no locale and no case folding, so two
   // keys are the same key only when the host passed the same texts.
   friend bool operator<(const CallbackKey& a, const CallbackKey& b) {
-    return std::tie(a.first, a.second, a.third) < std::tie(b.first, b.second, b.third);
+    return std::tie(a.serverUrl, a.secondValue, a.certificate) <
+           std::tie(b.serverUrl, b.secondValue, b.certificate);
   }
   friend bool operator==(const CallbackKey& a, const CallbackKey& b) {
-    return std::tie(a.first, a.second, a.third) == std::tie(b.first, b.second, b.third);
+    return std::tie(a.serverUrl, a.secondValue, a.certificate) ==
+           std::tie(b.serverUrl, b.secondValue, b.certificate);
   }
 };
 

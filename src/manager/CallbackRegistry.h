@@ -23,7 +23,7 @@ class CallbackRegistry {
 
   // The callbacks of `key`, in the registry's order. A host that registered under one key
   // only gets every answer, whatever key the answer came with. False when neither applies.
-  bool Find(const CallbackKey& key, Callbacks* callbacks) const;
+  [[nodiscard]] bool Find(const CallbackKey& key, Callbacks* callbacks) const;
 
   size_t KeyCount() const { return keys_.size(); }
   size_t CallbackCount(const CallbackKey& key) const;

@@ -8,6 +8,8 @@
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
 
+#include <tuple>
+
 namespace tarnix {
 namespace {
 
@@ -16,8 +18,8 @@ constexpr const WCHAR* kVersion[] = {WSTR("6"), WSTR("6"), WSTR("0"), WSTR("1086
 
 using Reader = HRESULT (STDMETHODCALLTYPE ISystemInfo::*)(BSTR*);
 
-HRESULT ReadIdentifier(ISystemInfo* systemInfo, Reader read, const HostLog& log,
-                       const WCHAR* failure, WString* text) {
+[[nodiscard]] HRESULT ReadIdentifier(ISystemInfo* systemInfo, Reader read, const HostLog& log,
+                                     const WCHAR* failure, WString* text) {
   ScopedBstr value;
   const HRESULT hr = (systemInfo->*read)(value.Receive());
   if (FAILED(hr)) {
@@ -30,7 +32,8 @@ HRESULT ReadIdentifier(ISystemInfo* systemInfo, Reader read, const HostLog& log,
 
 // A marshalling registration the host lost makes the read fail with E_UNEXPECTED; it
 // works once the registration is back.
-HRESULT ReadComponentsIdentities(ISystemInfo* systemInfo, ComPtr<IHostNamedValues>* identities) {
+[[nodiscard]] HRESULT ReadComponentsIdentities(ISystemInfo* systemInfo,
+                                               ComPtr<IHostNamedValues>* identities) {
   HRESULT hr = systemInfo->get_componentsIdentities(identities->Receive());
   if (hr == E_UNEXPECTED && SUCCEEDED(EnsureProxyStubRegistration(IID_IHostNamedValues))) {
     hr = systemInfo->get_componentsIdentities(identities->Receive());
@@ -38,19 +41,18 @@ HRESULT ReadComponentsIdentities(ISystemInfo* systemInfo, ComPtr<IHostNamedValue
   return hr;
 }
 
-bool ReadTextItem(IHostNamedValues* values, const WCHAR* name, WString* text) {
+[[nodiscard]] bool ReadTextItem(IHostNamedValues* values, const WCHAR* name, WString* text) {
   const ScopedBstr itemName = NewBstr(name, std::char_traits<WCHAR>::length(name));
   ScopedVariant value;
   if (FAILED(values->get_Item(itemName.Get(), value.Receive()))) return false;
   if (FAILED(value.ChangeType(VT_BSTR))) return false;
-  const BSTR bstr = value.Get().bstrVal;
-  *text = bstr ? WString(bstr, SysStringLen(bstr)) : WString();
+  *text = BstrText(value.Get().bstrVal);
   return true;
 }
 
 }  // namespace
 
-HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR* second,
+HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR* secondValue,
                        ClientIdentity* identity) {
   if (!systemInfo) return E_POINTER;
   HRESULT hr = systemInfo->Refresh();
@@ -69,7 +71,7 @@ HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR*
   if (FAILED(hr)) return hr;
 
   identity->machineIdentity = machineId;
-  identity->second = second ? second : WSTR("");
+  identity->secondValue = secondValue ? secondValue : WSTR("");
   identity->virtualMachineId = virtualMachineId;
 
   ComPtr<IHostNamedValues> identities;
@@ -77,7 +79,7 @@ HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR*
   if (FAILED(identity->componentsResult)) {
     log.ErrorWithCode(WSTR("Failed to get_componentsIdentities"), identity->componentsResult);
   } else if (identities) {
-    ReadTextItem(identities.Get(), WSTR("Verdant"), &identity->machineIdentity);
+    std::ignore = ReadTextItem(identities.Get(), WSTR("Verdant"), &identity->machineIdentity);
   }
   return S_OK;
 }

@@ -13,7 +13,7 @@ struct ClientIdentity {
   // machine id.
   WString machineIdentity;
   // The second string of the call.
-  WString second;
+  WString secondValue;
   WString virtualMachineId;
   // What reading the component identities answered. The call goes on after a failure,
   // but the code becomes the call's result when nothing else decides it.
@@ -23,8 +23,8 @@ struct ClientIdentity {
 // Reads the machine's identifiers afresh. A failure to read the machine id, the virtual
 // machine id or the unique id ends the call with that code; the refresh and the
 // component identities only log theirs.
-HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR* second,
-                       ClientIdentity* identity);
+[[nodiscard]] HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log,
+                                     const WCHAR* secondValue, ClientIdentity* identity);
 
 // The XML fragment the Java client sends with its start-up message.
 WString MakeClientDescription(ISystemInfo* systemInfo, const ClientIdentity& identity);

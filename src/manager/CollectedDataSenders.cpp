@@ -10,6 +10,8 @@
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedVariant.h"
 
+#include <tuple>
+
 using Client = tarnix::methods::DesktopMessageClient;
 
 namespace tarnix {
@@ -23,7 +25,7 @@ ComPtr<T> QueryData(IUnknown* data, REFIID iid) {
   return object;
 }
 
-HRESULT ReadItem(IHostNamedValues* values, const WCHAR* name, ScopedVariant* value) {
+[[nodiscard]] HRESULT ReadItem(IHostNamedValues* values, const WCHAR* name, ScopedVariant* value) {
   const ScopedBstr itemName(name);
   return values->get_Item(itemName.Get(), value->Receive());
 }
@@ -31,7 +33,7 @@ HRESULT ReadItem(IHostNamedValues* values, const WCHAR* name, ScopedVariant* val
 // The item's value as the object it holds, queried for the interface `iid`; null when it
 // holds none or the object does not answer it.
 template <class T>
-HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
+[[nodiscard]] HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
   ScopedVariant asObject;
   HRESULT hr =
       VariantChangeType(asObject.Receive(), const_cast<VARIANT*>(&item.Get()), 0, VT_UNKNOWN);
@@ -42,10 +44,8 @@ HRESULT ObjectOfItem(const ScopedVariant& item, REFIID iid, ComPtr<T>* object) {
 }
 
 // The exception of an attribute the map refused, cleared; the map holds the others.
-std::optional<WString> RefusedAttribute(CJavaVM& machine) {
-  WString failure;
-  if (!machine.GetExceptionText(failure)) return std::nullopt;
-  return failure;
+[[nodiscard]] std::optional<WString> RefusedAttribute(CJavaVM& machine) {
+  return machine.TakeException();
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ DispatchOutcome SendSample(const DispatchCall& call) {
   // The host resolves each instance's session id; without it the sample goes out with
   // its own metrics only.
   ComPtr<IHostSessionSource> sessions;
-  GetServiceInterface(IID_IHostSessionSource, sessions.ReceiveVoid());
+  std::ignore = GetServiceInterface(IID_IHostSessionSource, sessions.ReceiveVoid());
   const CJNIConvertor convertor(call.log.Get());
   const std::shared_ptr<CJavaObject> javaSample =
       convertor.GetSample(call.machine, sample.Get(), sessions.Get());
@@ -117,7 +117,7 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
 
   const CJNIConvertor convertor(call.log.Get());
   ComPtr<IHostNamedValues> attributes;
-  ObjectOfItem(metadata, IID_IHostNamedValues, &attributes);
+  std::ignore = ObjectOfItem(metadata, IID_IHostNamedValues, &attributes);
   const std::shared_ptr<CJavaObject> map =
       convertor.GetExtendedData(call.machine, attributes.Get());
   if (!map) {
@@ -129,8 +129,7 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
   std::shared_ptr<CJavaString> javaRoute;
   if (SUCCEEDED(
           VariantChangeType(routeText.Receive(), const_cast<VARIANT*>(&route.Get()), 0, VT_BSTR))) {
-    const BSTR text = routeText.Get().bstrVal;
-    javaRoute = convertor.GetJavaString(call.machine, WString(text, SysStringLen(text)), false);
+    javaRoute = convertor.GetJavaString(call.machine, BstrText(routeText.Get().bstrVal), false);
   }
   if (!javaRoute) {
     call.log.Error(WSTR("No traceResult."));

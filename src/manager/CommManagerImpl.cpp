@@ -91,27 +91,29 @@ std::shared_ptr<CJavaObject> CRMICommManagerImpl::GetMessageClient() const {
   return messageClient_;
 }
 
-LONG CRMICommManagerImpl::Register(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                                   IDataDumpCallback* callback) {
+LONG CRMICommManagerImpl::Register(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                   const WCHAR* certificate, IDataDumpCallback* callback) {
   std::lock_guard<std::recursive_mutex> lock(lock_);
   if (!callback) return E_POINTER;
-  callbacks_.Add(CallbackKey::From(first, second, third), callback);
+  callbacks_.Add(CallbackKey::From(serverUrl, secondValue, certificate), callback);
   return S_OK;
 }
 
-LONG CRMICommManagerImpl::Unregister(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                                     IDataDumpCallback* callback) {
+LONG CRMICommManagerImpl::Unregister(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                     const WCHAR* certificate, IDataDumpCallback* callback) {
   std::lock_guard<std::recursive_mutex> lock(lock_);
-  callbacks_.Remove(CallbackKey::From(first, second, third), callback);
+  callbacks_.Remove(CallbackKey::From(serverUrl, secondValue, certificate), callback);
   return S_OK;
 }
 
-LONG CRMICommManagerImpl::CallCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                                       unsigned char dataType, const WCHAR* text) {
+LONG CRMICommManagerImpl::CallCallback(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                       const WCHAR* certificate, unsigned char dataType,
+                                       const WCHAR* text) {
   std::lock_guard<std::recursive_mutex> lock(lock_);
   // A copy: a callback may unregister itself (the lock admits the same thread again).
   tarnix::CallbackRegistry::Callbacks callbacks;
-  if (!callbacks_.Find(CallbackKey::From(first, second, third), &callbacks)) return E_FAIL;
+  if (!callbacks_.Find(CallbackKey::From(serverUrl, secondValue, certificate), &callbacks))
+    return E_FAIL;
   for (const auto& callback : callbacks) {
     const tarnix::ScopedBstr answer =
         text ? tarnix::NewBstr(text, std::char_traits<WCHAR>::length(text)) : tarnix::ScopedBstr();
@@ -164,8 +166,7 @@ LONG CRMICommManagerImpl::Teardown() {
     const tarnix::LocalFrame frame(javaVM_->GetEnv());
     messageClient_->CallVoidMethod(Client::dispose);
     // Nobody is told about a failed dispose, but its exception must not stay pending.
-    WString ignored;
-    javaVM_->GetExceptionText(ignored);
+    javaVM_->TakeException();
   }
   loggerFactory_.reset();
   messageClient_.reset();

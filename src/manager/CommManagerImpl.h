@@ -28,29 +28,32 @@ class CRMICommManagerImpl {
   CRMICommManagerImpl(const CRMICommManagerImpl&) = delete;
   CRMICommManagerImpl& operator=(const CRMICommManagerImpl&) = delete;
 
-  LONG DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third, ULONGLONG number,
-                unsigned char dataType, IUnknown* data);
+  [[nodiscard]] LONG DumpData(const WCHAR* serverUrl, const WCHAR* secondValue,
+                              const WCHAR* certificate, ULONGLONG number, unsigned char dataType,
+                              IUnknown* data);
 
   // Starts the Java side on the first call, then pushes the server configuration into the
   // Java client when it differs from the last one pushed. S_FALSE when it did not differ.
-  LONG SetCurrentServerConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
+  [[nodiscard]] LONG SetCurrentServerConfig(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                            const WCHAR* certificate);
 
   // The host's callbacks; they work in every state and never start Java.
-  LONG Register(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+  LONG Register(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
                 IDataDumpCallback* callback);
-  LONG Unregister(const WCHAR* first, const WCHAR* second, const WCHAR* third,
+  LONG Unregister(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate,
                   IDataDumpCallback* callback);
   // Calls every callback of the key (or of the only key there is) with the answer text.
   // E_FAIL when there is none to call.
-  LONG CallCallback(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                    unsigned char dataType, const WCHAR* text);
+  [[nodiscard]] LONG CallCallback(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                  const WCHAR* certificate, unsigned char dataType,
+                                  const WCHAR* text);
 
   // The Java start-up. Attempted once: a second call answers S_OK without doing anything,
   // also after a failure.
-  HRESULT Initialize();
+  [[nodiscard]] HRESULT Initialize();
   // Disposes of the Java client and lets go of the Java side. Runs on the thread that
   // started Java, as that thread ends.
-  LONG Teardown();
+  [[nodiscard]] LONG Teardown();
 
   // The host's process is ending (its other threads are already gone), while the
   // starting thread's teardown may still be to come: that teardown then leaves Java alone.
@@ -62,16 +65,16 @@ class CRMICommManagerImpl {
 
  private:
   // Runs the one start-up attempt, or refuses when the state says there is no Java side.
-  HRESULT EnsureStarted();
-  HRESULT StartUp();
+  [[nodiscard]] HRESULT EnsureStarted();
+  [[nodiscard]] HRESULT StartUp();
   // Start-up's parts: the host's logger and system information, then the Java side.
-  HRESULT ObtainHostInterfaces();
-  HRESULT StartJava();
+  [[nodiscard]] HRESULT ObtainHostInterfaces();
+  [[nodiscard]] HRESULT StartJava();
   void ArmCleaner();
-  HRESULT PushServerConfig(const tarnix::CallbackKey& config);
-  bool IsCurrentConfig(const WCHAR* first, const WCHAR* second, const WCHAR* third);
-  HRESULT StartLoggerFactory();
-  HRESULT StartMessageClient();
+  [[nodiscard]] HRESULT PushServerConfig(const tarnix::CallbackKey& config);
+  bool IsCurrentConfig(const WCHAR* serverUrl, const WCHAR* secondValue, const WCHAR* certificate);
+  [[nodiscard]] HRESULT StartLoggerFactory();
+  [[nodiscard]] HRESULT StartMessageClient();
   // At unload the Java side is left to the process as it is; see the destructor.
   void AbandonJava();
 

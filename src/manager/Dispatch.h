@@ -49,19 +49,19 @@ struct DispatchOutcome {
 using DataSender = DispatchOutcome (*)(const DispatchCall& call);
 
 // The agent's start-up message: the client description and the connection.
-DispatchOutcome SendStartup(const DispatchCall& call);
-DispatchOutcome SendDesktopPoll(const DispatchCall& call);
-DispatchOutcome SendSample(const DispatchCall& call);
-DispatchOutcome SendExtendedData(const DispatchCall& call);
-DispatchOutcome SendTraceRoute(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendStartup(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendDesktopPoll(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendSample(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendExtendedData(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendTraceRoute(const DispatchCall& call);
 
 // The user-session events. Each needs the data's user session and fails without it.
-DispatchOutcome SendLogon(const DispatchCall& call);
-DispatchOutcome SendRefresh(const DispatchCall& call);
-DispatchOutcome SendReconnect(const DispatchCall& call);
-DispatchOutcome SendDisconnect(const DispatchCall& call);
-DispatchOutcome SendLogoff(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendLogon(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendRefresh(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendReconnect(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendDisconnect(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome SendLogoff(const DispatchCall& call);
 // A session's start and end: converted, but no message goes to the server.
-DispatchOutcome ConvertSessionOnly(const DispatchCall& call);
+[[nodiscard]] DispatchOutcome ConvertSessionOnly(const DispatchCall& call);
 
 }  // namespace tarnix

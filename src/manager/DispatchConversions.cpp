@@ -1,6 +1,5 @@
 #include "manager/DispatchConversions.h"
 
-#include "common/HResultError.h"
 #include "convert/DesktopConnection.h"
 #include "convert/JNIConvertor.h"
 #include "jni/JavaVM.h"
@@ -8,7 +7,7 @@
 namespace tarnix {
 namespace {
 
-Converted Made(std::shared_ptr<CJavaObject> object) {
+Converted ObjectOrFailure(std::shared_ptr<CJavaObject> object) {
   Converted converted{std::move(object), S_OK};
   if (!converted) converted.result = E_FAIL;
   return converted;
@@ -17,25 +16,27 @@ Converted Made(std::shared_ptr<CJavaObject> object) {
 }  // namespace
 
 Converted ConvertConnection(const DispatchCall& call) {
-  const DesktopIdentity identity{call.identity.machineIdentity, call.identity.second,
+  const DesktopIdentity identity{call.identity.machineIdentity, call.identity.secondValue,
                                  call.identity.virtualMachineId};
-  return Made(GetDesktopConnection(call.log.Get(), call.machine, identity, call.systemInfo));
+  return ObjectOrFailure(
+      GetDesktopConnection(call.log.Get(), call.machine, identity, call.systemInfo));
 }
 
 Converted ConvertSession(const DispatchCall& call) {
   if (!call.session) return {nullptr, E_FAIL};
   const CJNIConvertor convertor(call.log.Get());
-  return Made(convertor.GetUserSession(call.machine, ComPtr<IHostUserSession>(call.session)));
+  return ObjectOrFailure(
+      convertor.GetUserSession(call.machine, ComPtr<IHostUserSession>(call.session)));
 }
 
 Converted ConvertDesktop(const DispatchCall& call) {
   const CJNIConvertor convertor(call.log.Get());
-  try {
-    return Made(convertor.GetDesktop(call.machine, call.systemInfo));
-  } catch (const HResultError& error) {
-    // An adapter list the host could not give ends the call with the host's reason.
-    return {nullptr, error.Code()};
-  }
+  HRESULT listFailure = S_OK;
+  std::shared_ptr<CJavaObject> desktop =
+      convertor.GetDesktop(call.machine, call.systemInfo, &listFailure);
+  // An adapter list the host could not give ends the call with the host's reason.
+  if (FAILED(listFailure)) return {nullptr, listFailure};
+  return ObjectOrFailure(std::move(desktop));
 }
 
 std::shared_ptr<CJavaString> RequiredString(CJavaVM& machine, const WString& text) {
@@ -43,8 +44,7 @@ std::shared_ptr<CJavaString> RequiredString(CJavaVM& machine, const WString& tex
   if (string) return string;
   // Left pending, the exception would be reported as a failed send, perhaps even as a
   // network failure the host would retry.
-  WString ignored;
-  machine.GetExceptionText(ignored);
+  machine.TakeException();
   return nullptr;
 }
 

@@ -24,10 +24,10 @@ struct Converted {
   DispatchOutcome Failure() const { return {FAILED(result) ? result : E_FAIL, nullptr}; }
 };
 
-Converted ConvertConnection(const DispatchCall& call);
+[[nodiscard]] Converted ConvertConnection(const DispatchCall& call);
 // The call's user session; fails when the data is not one.
-Converted ConvertSession(const DispatchCall& call);
-Converted ConvertDesktop(const DispatchCall& call);
+[[nodiscard]] Converted ConvertSession(const DispatchCall& call);
+[[nodiscard]] Converted ConvertDesktop(const DispatchCall& call);
 
 // A Java string the message cannot go without. Empty when it cannot be made, with no
 // exception left pending: the call then ends as for any missing Java object, silently.

@@ -26,7 +26,7 @@ WString UserNameOf(IHostUserSession* session) {
 
 // The send failed in Java: the host hears which data did not get through, and whether
 // the connection to the message server was the reason.
-HRESULT ReportSendFailure(const DispatchCall& call, const WString& failure) {
+[[nodiscard]] HRESULT ReportSendFailure(const DispatchCall& call, const WString& failure) {
   const WString typeName = tarnix::Enum2String(call.dataType);
   if (call.session) {
     call.log.Error(WSTR("Failed to send user event %s for user %s to the message server.  %s"),
@@ -40,16 +40,17 @@ HRESULT ReportSendFailure(const DispatchCall& call, const WString& failure) {
 
 }  // namespace
 
-LONG CRMICommManagerImpl::DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                                   ULONGLONG number, unsigned char dataType, IUnknown* data) {
+LONG CRMICommManagerImpl::DumpData(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                   const WCHAR* certificate, ULONGLONG number,
+                                   unsigned char dataType, IUnknown* data) {
   std::lock_guard<std::recursive_mutex> lock(lock_);
-  HRESULT hr = SetCurrentServerConfig(first, second, third);
+  HRESULT hr = SetCurrentServerConfig(serverUrl, secondValue, certificate);
   if (FAILED(hr)) {
     log_.ErrorWithCode(tarnix::messages::kDumpDataConfigFailed, hr);
     return hr;
   }
   tarnix::ClientIdentity identity;
-  hr = tarnix::GatherIdentity(systemInfo_.Get(), log_, second, &identity);
+  hr = tarnix::GatherIdentity(systemInfo_.Get(), log_, secondValue, &identity);
   if (FAILED(hr)) return hr;
   // Held under the lock since the configuration went through, so Java is still up.
   if (!javaVM_ || !messageClient_) return tarnix::kJavaNotRunning;
@@ -65,12 +66,13 @@ LONG CRMICommManagerImpl::DumpData(const WCHAR* first, const WCHAR* second, cons
   if (handling && handling->send) outcome = handling->send(call);
 
   // Whatever went wrong in Java, its exception is not left pending on the host's thread.
-  WString failure;
-  if (javaVM_->GetExceptionText(failure)) return ReportSendFailure(call, failure);
+  if (const std::optional<WString> failure = javaVM_->TakeException()) {
+    return ReportSendFailure(call, *failure);
+  }
   if (outcome.failure) return ReportSendFailure(call, *outcome.failure);
   if (FAILED(outcome.result)) return outcome.result;
   WString answer;
   if (!outcome.answer || !outcome.answer->GetText(answer)) return identity.componentsResult;
-  return tarnix::DeliverAnswer(*this, log_, first, second, third, dataType, answer,
+  return tarnix::DeliverAnswer(*this, log_, serverUrl, secondValue, certificate, dataType, answer,
                                identity.componentsResult);
 }

@@ -13,6 +13,7 @@
 
 #include <cstring>
 #include <iterator>
+#include <tuple>
 
 using Client = tarnix::methods::DesktopMessageClient;
 
@@ -70,9 +71,10 @@ HRESULT CRMICommManagerImpl::ObtainHostInterfaces() {
 
 HRESULT CRMICommManagerImpl::StartJava() {
   WString runtime;
-  tarnix::GetJrePath(log_, &runtime);
+  // Both log their own failures; Java then fails to start and says so.
+  std::ignore = tarnix::GetJrePath(log_, &runtime);
   std::string classPath;
-  tarnix::GetClassPath(log_, &classPath);
+  std::ignore = tarnix::GetClassPath(log_, &classPath);
   javaVM_ = std::make_shared<CJavaVM>(runtime);
   if (tarnix::CreateJavaMachine(*javaVM_, log_, classPath) != 0) return E_FAIL;
   // The start-up's own references go with it; what it keeps is held globally.
@@ -97,14 +99,15 @@ HRESULT CRMICommManagerImpl::StartLoggerFactory() {
   }
   const auto folderText = javaVM_->NewString(folder);
   if (!folderText) {
-    log_.Error(tarnix::messages::kJavaStringFailed, folder, tarnix::TakeJavaException(*javaVM_));
+    log_.Error(tarnix::messages::kJavaStringFailed, folder,
+               javaVM_->TakeException().value_or(WString()));
     return E_FAIL;
   }
   loggerFactory_ =
       factoryClass->NewObject(tarnix::methods::InstanceLoggerFactory::ctorFolder, folderText);
   if (!loggerFactory_) {
     log_.Error(WSTR("Failed to Initialize the Message Server Logger.  %s"),
-               tarnix::TakeJavaException(*javaVM_));
+               javaVM_->TakeException().value_or(WString()));
     return E_FAIL;
   }
   log_.Info(WSTR("SUCCESSFULLY initialized the Message Logger."));
@@ -125,7 +128,7 @@ HRESULT CRMICommManagerImpl::StartMessageClient() {
   messageClient_ = clientClass->NewObject(Client::ctor);
   if (!messageClient_) {
     log_.Error(WSTR("Failed to create a new message client.  %s"),
-               tarnix::TakeJavaException(*javaVM_));
+               javaVM_->TakeException().value_or(WString()));
     return E_FAIL;
   }
   log_.Info(WSTR("Initialized communication manager."));

@@ -2,30 +2,15 @@
 
 #include "jni/JavaVM.h"
 #include "manager/AgentRegistry.h"
-#include "manager/ThreadAnsi.h"
+#include "platform/ThreadAnsi.h"
 #include "platform/JavaRuntime.h"
+#include "platform/UniqueAny.h"
 
 #include <cstdlib>
+#include <tuple>
 
 namespace tarnix {
 namespace {
-
-// Owns one file search.
-class FindHandle {
- public:
-  explicit FindHandle(HANDLE handle) : handle_(handle) {}
-  ~FindHandle() {
-    if (Valid()) FindClose(handle_);
-  }
-  FindHandle(const FindHandle&) = delete;
-  FindHandle& operator=(const FindHandle&) = delete;
-
-  bool Valid() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
-  HANDLE Get() const { return handle_; }
-
- private:
-  HANDLE handle_;
-};
 
 bool EndsWith(const WString& text, WCHAR last) { return !text.empty() && text.back() == last; }
 
@@ -35,7 +20,7 @@ HRESULT LastErrorResult() {
 }
 
 // The folder of the pattern's full path, up to and including its last separator.
-bool SearchRoot(const WCHAR* pattern, WString* root) {
+[[nodiscard]] bool SearchRoot(const WCHAR* pattern, WString* root) {
   WCHAR full[MAX_PATH] = {};
   if (!_wfullpath(full, pattern, MAX_PATH)) return false;
   *root = full;
@@ -49,7 +34,7 @@ void AppendEntry(const WString& path, std::string* classPath) {
   *classPath += ToThreadAnsi(path);
 }
 
-HRESULT GetAgentJrePath(const HostLog& log, HRESULT javaHomeFailure, WString* path) {
+[[nodiscard]] HRESULT GetAgentJrePath(const HostLog& log, HRESULT javaHomeFailure, WString* path) {
   log.Warning(WSTR("Failed to retrieve the Java home path.  Using the Vantage agent's JRE "
                    "instead.  Error code 0x%08lx."),
               javaHomeFailure);
@@ -96,7 +81,7 @@ HRESULT GetClassPath(const HostLog& log, std::string* classPath) {
     if (!PathCombineW(pattern, folder.c_str(), WSTR("*.jar"))) {
       hr = HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
     } else {
-      AppendJarsOfDirectory(log, pattern, classPath);
+      std::ignore = AppendJarsOfDirectory(log, pattern, classPath);
       return S_OK;
     }
   }
@@ -108,14 +93,13 @@ HRESULT AppendJarsOfDirectory(const HostLog& log, const WCHAR* pattern, std::str
   const WCHAR* search = pattern && *pattern ? pattern : WSTR("*.*");
   WString root;
   WIN32_FIND_DATAW entry = {};
-  HANDLE handle = INVALID_HANDLE_VALUE;
+  UniqueFind find;
   if (SearchRoot(search, &root)) {
-    handle = FindFirstFileW(search, &entry);
+    find.Reset(FindFirstFileW(search, &entry));
   } else {
     SetLastError(ERROR_INVALID_NAME);
   }
-  const FindHandle find(handle);
-  if (!find.Valid()) {
+  if (!find) {
     const HRESULT hr = LastErrorResult();
     log.ErrorWithCode(WSTR("Failed to enumerate class path directory '%s'."), hr, search);
     return hr;
@@ -144,19 +128,13 @@ bool LoadJavaClass(CJavaVM& machine, const HostLog& log, const char* name, const
                    ULONGLONG count, std::shared_ptr<CJavaClass>* loaded) {
   std::shared_ptr<CJavaClass> javaClass = machine.LoadClass(name, table, count);
   if (!javaClass) {
-    const WString failure = TakeJavaException(machine);
+    const WString failure = machine.TakeException().value_or(WString());
     log.Error(WSTR("Failed to load class %s.  %s"), FromThreadAnsi(name), failure);
     return false;
   }
   if (loaded) *loaded = std::move(javaClass);
-  log.Level8(WSTR("Loaded class %s."), FromThreadAnsi(name));
+  log.Trace(WSTR("Loaded class %s."), FromThreadAnsi(name));
   return true;
-}
-
-WString TakeJavaException(CJavaVM& machine) {
-  WString text;
-  machine.GetExceptionText(text);
-  return text;
 }
 
 }  // namespace tarnix

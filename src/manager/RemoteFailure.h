@@ -1,5 +1,5 @@
 // Telling a failure of the connection to the message server from any other Java failure,
-// by the text CJavaVM::GetExceptionText made of it: the host hears "network not available"
+// by the text CJavaVM::TakeException made of it: the host hears "network not available"
 // for the first and a plain failure for the rest.
 #pragma once
 

@@ -31,25 +31,25 @@ bool EqualsIgnoringCase(const WString& a, const WString& b) {
 
 }  // namespace
 
-LONG CRMICommManagerImpl::SetCurrentServerConfig(const WCHAR* first, const WCHAR* second,
-                                                 const WCHAR* third) {
+LONG CRMICommManagerImpl::SetCurrentServerConfig(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                                 const WCHAR* certificate) {
   const HRESULT started = EnsureStarted();
   if (FAILED(started)) return started;
-  if (IsCurrentConfig(first, second, third)) return S_FALSE;
-  const HRESULT hr = PushServerConfig(CallbackKey::From(first, second, third));
+  if (IsCurrentConfig(serverUrl, secondValue, certificate)) return S_FALSE;
+  const HRESULT hr = PushServerConfig(CallbackKey::From(serverUrl, secondValue, certificate));
   if (FAILED(hr)) return hr;
   // Remembered only once everything went through, so a failed push is tried again.
   std::lock_guard<std::recursive_mutex> lock(lock_);
-  currentConfig_ = CallbackKey::From(first, second, third);
+  currentConfig_ = CallbackKey::From(serverUrl, secondValue, certificate);
   return S_OK;
 }
 
-bool CRMICommManagerImpl::IsCurrentConfig(const WCHAR* first, const WCHAR* second,
-                                          const WCHAR* third) {
+bool CRMICommManagerImpl::IsCurrentConfig(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                          const WCHAR* certificate) {
   std::lock_guard<std::recursive_mutex> lock(lock_);
-  return EqualsIgnoringCase(CallbackKey::Held(first), currentConfig_.first) &&
-         CallbackKey::Held(second) == currentConfig_.second &&
-         CallbackKey::Held(third) == currentConfig_.third;
+  return EqualsIgnoringCase(CallbackKey::CopyOrEmpty(serverUrl), currentConfig_.serverUrl) &&
+         CallbackKey::CopyOrEmpty(secondValue) == currentConfig_.secondValue &&
+         CallbackKey::CopyOrEmpty(certificate) == currentConfig_.certificate;
 }
 
 HRESULT CRMICommManagerImpl::PushServerConfig(const CallbackKey& config) {
@@ -62,36 +62,35 @@ HRESULT CRMICommManagerImpl::PushServerConfig(const CallbackKey& config) {
 
   const CJavaVM::ThreadDetachGuard detach = machine->AttachForScope();
   const tarnix::LocalFrame frame(machine->GetEnv());
-  const auto url = machine->NewString(config.first);
+  const auto url = machine->NewString(config.serverUrl);
   if (!url) {
-    log_.Error(tarnix::messages::kJavaStringFailed, config.first,
-               tarnix::TakeJavaException(*machine));
+    log_.Error(tarnix::messages::kJavaStringFailed, config.serverUrl,
+               machine->TakeException().value_or(WString()));
     return E_FAIL;
   }
   client->CallVoidMethod(Client::setProviderUrl, url);
-  WString failure;
-  if (machine->GetExceptionText(failure)) {
-    log_.Error(WSTR("Failed to set the message server URL in the Java client.  %s"), failure);
+  if (const std::optional<WString> failure = machine->TakeException()) {
+    log_.Error(WSTR("Failed to set the message server URL in the Java client.  %s"), *failure);
     return E_FAIL;
   }
-  log_.Info(WSTR("Updated the message server URL in the Java client to %s."), config.first);
+  log_.Info(WSTR("Updated the message server URL in the Java client to %s."), config.serverUrl);
 
   const auto directory = machine->NewString(configDirectory);
   if (!directory) {
     log_.Error(tarnix::messages::kJavaStringFailed, configDirectory,
-               tarnix::TakeJavaException(*machine));
+               machine->TakeException().value_or(WString()));
     return E_FAIL;
   }
   // The certificate's own text stays out of this line.
-  const auto certificate = machine->NewString(config.third);
+  const auto certificate = machine->NewString(config.certificate);
   if (!certificate) {
     log_.Error(WSTR("Failed to create a new Java string for the certificate.  %s"),
-               tarnix::TakeJavaException(*machine));
+               machine->TakeException().value_or(WString()));
     return E_FAIL;
   }
   client->CallVoidMethod(Client::initialize, directory, certificate);
-  if (machine->GetExceptionText(failure)) {
-    log_.Error(WSTR("Failed to initialize RMI in the Java client.  %s"), failure);
+  if (const std::optional<WString> failure = machine->TakeException()) {
+    log_.Error(WSTR("Failed to initialize RMI in the Java client.  %s"), *failure);
     return E_FAIL;
   }
   return S_OK;

@@ -41,8 +41,8 @@ struct SessionWithDesktop : SessionOnly {
   bool Ready() const { return desktop.object != nullptr; }
 };
 
-DispatchOutcome SendSessionEvent(const DispatchCall& call,
-                                 tarnix::Method<void(jobject, jlong, jobject)> method) {
+[[nodiscard]] DispatchOutcome SendSessionEvent(
+    const DispatchCall& call, tarnix::Method<void(jobject, jlong, jobject)> method) {
   const SessionOnly parts(call);
   if (!parts.Ready()) return parts.failure;
   call.client.CallVoidMethod(method, *parts.connection.object, JavaNumber(call),

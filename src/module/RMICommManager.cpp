@@ -31,28 +31,36 @@ CRMICommManagerImpl* CRMICommManager::GetImpl() {
 
 // Every export lets out only exceptions that carry a result code.
 template <class T>
-LONG CRMICommManager::DumpData(const WCHAR* first, const WCHAR* second, const WCHAR* third,
-                               ULONGLONG number, unsigned char dataType, T* data) {
-  return tarnix::WithResultCodes(
-      [&] { return GetImpl()->DumpData(first, second, third, number, dataType, data); });
+LONG CRMICommManager::DumpData(const WCHAR* serverUrl, const WCHAR* secondValue,
+                               const WCHAR* certificate, ULONGLONG number, unsigned char dataType,
+                               T* data) {
+  return tarnix::WithResultCodes([&] {
+    return GetImpl()->DumpData(serverUrl, secondValue, certificate, number, dataType, data);
+  });
 }
 
 // The one instance the host links against.
 template LONG CRMICommManager::DumpData<IUnknown>(const WCHAR*, const WCHAR*, const WCHAR*,
                                                   ULONGLONG, unsigned char, IUnknown*);
 
-LONG CRMICommManager::RegisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
-                                               const WCHAR* third, IDataDumpCallback* callback) {
-  const tarnix::HostString firstCopy(first), secondCopy(second), thirdCopy(third);
+LONG CRMICommManager::RegisterDataDumpCallback(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                               const WCHAR* certificate,
+                                               IDataDumpCallback* callback) {
+  const tarnix::HostString serverUrlCopy(serverUrl), secondValueCopy(secondValue),
+      certificateCopy(certificate);
   return tarnix::WithResultCodes([&] {
-    return GetImpl()->Register(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+    return GetImpl()->Register(serverUrlCopy.Get(), secondValueCopy.Get(), certificateCopy.Get(),
+                               callback);
   });
 }
 
-LONG CRMICommManager::UnregisterDataDumpCallback(const WCHAR* first, const WCHAR* second,
-                                                 const WCHAR* third, IDataDumpCallback* callback) {
-  const tarnix::HostString firstCopy(first), secondCopy(second), thirdCopy(third);
+LONG CRMICommManager::UnregisterDataDumpCallback(const WCHAR* serverUrl, const WCHAR* secondValue,
+                                                 const WCHAR* certificate,
+                                                 IDataDumpCallback* callback) {
+  const tarnix::HostString serverUrlCopy(serverUrl), secondValueCopy(secondValue),
+      certificateCopy(certificate);
   return tarnix::WithResultCodes([&] {
-    return GetImpl()->Unregister(firstCopy.Get(), secondCopy.Get(), thirdCopy.Get(), callback);
+    return GetImpl()->Unregister(serverUrlCopy.Get(), secondValueCopy.Get(), certificateCopy.Get(),
+                                 callback);
   });
 }

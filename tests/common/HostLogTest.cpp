@@ -58,7 +58,7 @@ TEST_F(HostLogTest, EachKindReachesItsOperationAndFailuresCarryTheCodeAfterThePr
       log.Error(WSTR("Failed to load class %s.  %s"), WSTR("a/B"), WSTR("java.lang.Error")));
   EXPECT_TRUE(log.Warning(WSTR("Failed to retrieve the sample at log off.")));
   EXPECT_TRUE(log.Info(WSTR("Using message server '%s'."), WSTR("rmi://127.0.0.1:1099/x")));
-  EXPECT_TRUE(log.Level8(WSTR("Adding session to sample: '%s'"), WSTR("3")));
+  EXPECT_TRUE(log.Trace(WSTR("Adding session to sample: '%s'"), WSTR("3")));
 
   const std::vector<LogLine> lines = Logger().Lines();
   ASSERT_EQ(lines.size(), 10u) << Logger().Dump();
@@ -91,7 +91,7 @@ TEST(HostLog, WithoutALoggerNothingIsWrittenAndNothingAsked) {
   EXPECT_FALSE(none.ErrorWithJoinedCode(WSTR("Failed"), kFileNotFound));
   EXPECT_FALSE(none.WarningWithCode(WSTR("Failed"), kFileNotFound));
   EXPECT_FALSE(none.Info(WSTR("x")));
-  EXPECT_FALSE(none.Level8(WSTR("x")));
+  EXPECT_FALSE(none.Trace(WSTR("x")));
 
   // A copy shares the logger, and each holder's reference goes with it.
   ComPtr<RecordingLogger> logger = MakeHostObject<RecordingLogger>();

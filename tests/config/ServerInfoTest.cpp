@@ -235,7 +235,7 @@ TEST_F(ServerInfo, LegacyLookupFallsBackToThePolicyUrlAndTreatsEmptyValuesAsMiss
   registry_.Apply();
   Logger().Clear();
   Outputs none;
-  EXPECT_EQ(tarnix::loadLegancyServerInfo(&none.url, &none.serviceValue, &none.certificate),
+  EXPECT_EQ(tarnix::LoadLegacyServerInfo(&none.url, &none.serviceValue, &none.certificate),
             static_cast<LONG>(0x8007000D));
   EXPECT_EQ(none.Url(), "<untouched>");
   ExpectLines({"E: " + WithCode(kLegacyFailed, 0x8007000D)});
@@ -322,7 +322,7 @@ TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
   registry_.Apply();
   WString path = kPolicyKey;
   Outputs out;
-  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
+  EXPECT_EQ(tarnix::LoadKeyServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
             static_cast<LONG>(E_FAIL));
   EXPECT_EQ(out.Url(), "<untouched>");
   EXPECT_EQ(out.Certificate(), "<untouched>");
@@ -336,7 +336,7 @@ TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
   registry_.Apply();
   Logger().Clear();
   path = kNamedKey;
-  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
+  EXPECT_EQ(tarnix::LoadKeyServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
             static_cast<LONG>(E_FAIL));
   EXPECT_EQ(Lines(), std::vector<std::string>{"E: " + kUrlMissing});
 
@@ -376,7 +376,7 @@ TEST_F(ServerInfo, ResultsAreTheSameWithoutALogger) {
   Outputs failed;
   EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &failed), S_OK);
   WString path = kPolicyKey;
-  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &failed.url, nullptr, nullptr),
+  EXPECT_EQ(tarnix::LoadKeyServerInfo(&path[0], &failed.url, nullptr, nullptr),
             static_cast<LONG>(E_FAIL));
   EXPECT_EQ(Logger().Count(), 0u);
 }
@@ -402,9 +402,9 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   Logger().Clear();
   WString path = kPolicyKey;
   Outputs policy;
-  EXPECT_LT(tarnix::loadCommonServerInfo(&path[0], &policy.url, &policy.serviceValue,
-                                         &policy.certificate),
-            0);
+  EXPECT_LT(
+      tarnix::LoadKeyServerInfo(&path[0], &policy.url, &policy.serviceValue, &policy.certificate),
+      0);
   EXPECT_EQ(policy.Url(), "https://policy");
   ExpectLines({"E: " + kCommonSystemFailed});
 }

@@ -39,8 +39,7 @@ std::vector<std::string> ConvertTest::Lines(LogOperation operation) {
 }
 
 std::string ConvertTest::TakeException() {
-  WString text;
-  return vm_->GetExceptionText(text) ? Narrow(text) : std::string();
+  return Narrow(vm_->TakeException().value_or(WString()));
 }
 
 std::string Label(DATE date) { return Narrow(convert::DateLabel(date)); }

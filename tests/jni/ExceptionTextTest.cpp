@@ -20,11 +20,12 @@ class ExceptionTextTest : public BridgeTest {
     std::string javasOwn;
   };
   // Java's own rendering is skipped for a throwable whose toString() throws.
-  Reading Read(WString text = WString(), bool rendered = true) {
+  Reading Read(bool rendered = true) {
     Reading reading;
     tarnix::LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
-    reading.pending = machine_->GetExceptionText(text);
-    reading.text = Narrow(text);
+    const std::optional<WString> text = machine_->TakeException();
+    reading.pending = text.has_value();
+    reading.text = Narrow(text.value_or(WString()));
     EXPECT_FALSE(env_->ExceptionCheck()) << "the text was read but the exception stays";
     if (thrown && rendered) reading.javasOwn = JavaControl(*machine_).ThrowableText(thrown.Get());
     return reading;
@@ -41,12 +42,10 @@ class ExceptionTextTest : public BridgeTest {
 };
 
 TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
-  WString untouched = WSTR("kept");
-  EXPECT_FALSE(machine_->GetExceptionText(untouched));
-  EXPECT_EQ(untouched, WSTR("kept"));
+  EXPECT_FALSE(machine_->TakeException());
 
   Throw(Probe::throwWithFrames, WSTR("boom"));
-  const Reading reading = Read(WSTR("replaced"));
+  const Reading reading = Read();
   EXPECT_TRUE(reading.pending);
   EXPECT_EQ(reading.text, reading.javasOwn);
   EXPECT_EQ(reading.text.rfind("java.lang.IllegalStateException: boom\r\n\t"
@@ -75,7 +74,7 @@ TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
 
   // A toString() that throws in turn is as good as none, and its exception goes too.
   Throw(Probe::throwBrokenText);
-  reading = Read(WString(), false);
+  reading = Read(false);
   EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0), 0u)
       << reading.text;
 }
@@ -83,19 +82,19 @@ TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
 TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
   probe_->CallVoidMethod(Probe::throwNamed, machine_->NewString(WSTR("java.rmi.ConnectException")),
                          machine_->NewString(WSTR("Connection refused to host: 127.0.0.1")));
-  WString remote;
-  ASSERT_TRUE(machine_->GetExceptionText(remote));
-  EXPECT_EQ(Narrow(remote).rfind(
+  const std::optional<WString> remote = machine_->TakeException();
+  ASSERT_TRUE(remote);
+  EXPECT_EQ(Narrow(*remote).rfind(
                 "java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0),
             0u);
-  EXPECT_TRUE(IsRemoteFailureText(remote));
+  EXPECT_TRUE(IsRemoteFailureText(*remote));
 
   probe_->CallVoidMethod(Probe::throwNamed,
                          machine_->NewString(WSTR("java.lang.NullPointerException")), nullptr);
-  WString local;
-  ASSERT_TRUE(machine_->GetExceptionText(local));
-  EXPECT_EQ(Narrow(local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
-  EXPECT_FALSE(IsRemoteFailureText(local));
+  const std::optional<WString> local = machine_->TakeException();
+  ASSERT_TRUE(local);
+  EXPECT_EQ(Narrow(*local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
+  EXPECT_FALSE(IsRemoteFailureText(*local));
 }
 
 }  // namespace

@@ -135,8 +135,7 @@ TEST_F(JavaCallTest, ResultsNobodyReadsLeaveNoLocalReferencesBehind) {
     auto object = probe_->CallObjectMethod(Probe::answerObject);
     auto made = probeClass_->NewObject(Probe::ctorTime, i);
     probe_->CallVoidMethod(Probe::throwWithFrames, text);
-    WString exception;
-    ASSERT_TRUE(machine_->GetExceptionText(exception));
+    ASSERT_TRUE(machine_->TakeException());
   }
 }
 

@@ -82,10 +82,7 @@ class BridgeTest : public ::testing::Test {
   }
 
   // The pending exception's text, cleared; empty when there was none.
-  std::string TakeException() {
-    WString text;
-    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
-  }
+  std::string TakeException() { return Narrow(machine_->TakeException().value_or(WString())); }
 
   std::shared_ptr<CJavaVM> machine_;
   JNIEnv* env_ = nullptr;

@@ -70,8 +70,7 @@ TEST_F(ThreadTest, SeveralHostThreadsCallAtOnce) {
             echoed != WString(mine.begin(), mine.end())) {
           ++wrong;
         }
-        WString unexpected;
-        if (machine_->GetExceptionText(unexpected)) ++wrong;
+        if (machine_->TakeException()) ++wrong;
       }
       if (AttachedToJvm(*machine_)) ++stillAttached;
     });
@@ -95,13 +94,13 @@ TEST_F(ThreadTest, LocalObjectsStayOnTheirThreadAndGlobalCopiesTravel) {
     auto text = machine_->NewString(WSTR("travels"));
     WString answer;
     EXPECT_FALSE(local->CallStringMethod(Probe::echo, text)->GetText(answer));
-    WString failure;
-    ASSERT_TRUE(machine_->GetExceptionText(failure));
-    EXPECT_EQ(Narrow(failure).rfind("java.lang.IllegalArgumentException: a local reference of "
-                                    "another thread",
-                                    0),
+    const std::optional<WString> failure = machine_->TakeException();
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(Narrow(*failure).rfind("java.lang.IllegalArgumentException: a local reference of "
+                                     "another thread",
+                                     0),
               0u)
-        << Narrow(failure);
+        << Narrow(*failure);
     ASSERT_TRUE(global->CallStringMethod(Probe::echo, text)->GetText(answer));
     EXPECT_EQ(answer, WSTR("travels"));
     global.reset();

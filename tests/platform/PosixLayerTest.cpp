@@ -55,7 +55,7 @@ std::vector<BYTE> Raw(HKEY root, const char* key, const char* value, DWORD* type
   if (open.Open(root, Wide(key).c_str(), KEY_READ) != ERROR_SUCCESS) return data;
   const WString name = value ? Wide(value) : WString();
   *type = REG_NONE;
-  open.ReadRaw(value ? name.c_str() : nullptr, &data, type);
+  std::ignore = open.ReadRaw(value ? name.c_str() : nullptr, &data, type);
   return data;
 }
 
@@ -63,7 +63,7 @@ WString Text(HKEY root, const char* key, const char* value) {
   RegKey open;
   WString text;
   if (open.Open(root, Wide(key).c_str(), KEY_READ) == ERROR_SUCCESS) {
-    open.ReadValue(value ? Wide(value).c_str() : nullptr, &text);
+    std::ignore = open.ReadValue(value ? Wide(value).c_str() : nullptr, &text);
   }
   return text;
 }

@@ -13,6 +13,8 @@
 #include "platform/RegKey.h"
 #include "platform/ScopedBstr.h"
 
+#include <tuple>
+
 namespace tarnix::check {
 namespace {
 
@@ -128,7 +130,7 @@ StepReport CheckClassPath(CheckHost& host, Findings* findings) {
   StepReport step = StartedStep(3, "class-path", "class path");
   WString folder;
   const HRESULT folderRead = ReadAgentValue(WSTR("ClassPath"), &folder);
-  GetClassPath(HostLog::AcquiredOnFirstUse(), &findings->classPath);
+  std::ignore = GetClassPath(HostLog::AcquiredOnFirstUse(), &findings->classPath);
   const std::vector<std::string> jars = SplitClassPath(findings->classPath);
   step.facts.emplace_back(
       "folder", SUCCEEDED(folderRead) ? ToUtf8(folder) : "not set (" + CodeText(folderRead) + ")");

@@ -8,12 +8,14 @@
 #include "jni/JavaVM.h"
 #include "jni/LocalRef.h"
 #include "manager/JavaStartup.h"
-#include "manager/ThreadAnsi.h"
+#include "platform/ThreadAnsi.h"
 
 namespace tarnix::check {
 namespace {
 
-std::string Failure(CJavaVM& machine) { return FirstLine(TakeJavaException(machine)); }
+std::string Failure(CJavaVM& machine) {
+  return FirstLine(machine.TakeException().value_or(WString()));
+}
 
 // Why a class of the table does not load, row by row: the component stops at the first
 // row that fails, the operator wants every one.

@@ -58,7 +58,7 @@ ServerAddress ParseAddress(const WString& url) {
 
 // Takes the pending exception into *failure; always false.
 bool Thrown(CJavaVM& machine, std::string* failure) {
-  *failure = FirstLine(TakeJavaException(machine));
+  *failure = FirstLine(machine.TakeException().value_or(WString()));
   return false;
 }
 
@@ -76,9 +76,9 @@ bool Connect(CJavaVM& machine, const ServerAddress& address, int timeoutMs, std:
   const auto socket = socketClass->NewLocalObject(Socket::ctor);
   if (!socket) return Thrown(machine, failure);
   socket->CallVoidMethod(Socket::connect, *target, timeoutMs);
-  const WString connectFailure = TakeJavaException(machine);
+  const WString connectFailure = machine.TakeException().value_or(WString());
   socket->CallVoidMethod(Socket::close);
-  TakeJavaException(machine);
+  machine.TakeException();
   if (connectFailure.empty()) return true;
   *failure = FirstLine(connectFailure);
   return false;

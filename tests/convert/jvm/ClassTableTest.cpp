@@ -21,8 +21,7 @@ class ClassTableTest : public ::testing::Test {
     ASSERT_TRUE(machine_);
     for (const classes::ClassTableRow& row : classes::kClassTable) {
       auto loaded = machine_->LoadClass(row.name, row.methods, row.count);
-      WString why;
-      machine_->GetExceptionText(why);
+      const WString why = machine_->TakeException().value_or(WString());
       ASSERT_TRUE(loaded) << row.name << ": " << Narrow(why);
       for (ULONGLONG i = 0; i < row.count; ++i) {
         EXPECT_NE(loaded->GetMethodId(row.methods[i].alias), nullptr) << row.methods[i].alias;
@@ -32,10 +31,7 @@ class ClassTableTest : public ::testing::Test {
 
   std::shared_ptr<CJavaClass> Class(const char* name) { return machine_->GetClass(name); }
   std::shared_ptr<CJavaString> Text(const WCHAR* text) { return machine_->NewString(text); }
-  std::string TakeException() {
-    WString text;
-    return machine_->GetExceptionText(text) ? Narrow(text) : std::string();
-  }
+  std::string TakeException() { return Narrow(machine_->TakeException().value_or(WString())); }
 
   std::shared_ptr<CJavaVM> machine_;
 };
@@ -99,15 +95,16 @@ TEST_F(ClassTableTest, StandInsThrowWhatTheyAreToldTo) {
                                    jlong{1}, Text(WSTR("")))
                 ->Get(),
             nullptr);
-  WString text;
-  ASSERT_TRUE(machine_->GetExceptionText(text));
-  EXPECT_TRUE(IsRemoteFailureText(text)) << Narrow(text);
+  std::optional<WString> text = machine_->TakeException();
+  ASSERT_TRUE(text);
+  EXPECT_TRUE(IsRemoteFailureText(*text)) << Narrow(*text);
 
   control.ThrowIn("DesktopMessageClient.onDesktopPoll", "java.lang.NullPointerException", "");
   client->CallStringMethod(methods::DesktopMessageClient::onDesktopPoll, connection, jlong{1},
                            Text(WSTR("")));
-  ASSERT_TRUE(machine_->GetExceptionText(text));
-  EXPECT_FALSE(IsRemoteFailureText(text)) << Narrow(text);
+  text = machine_->TakeException();
+  ASSERT_TRUE(text);
+  EXPECT_FALSE(IsRemoteFailureText(*text)) << Narrow(*text);
 
   // Only the second put of a list fails; constructors fail as a whole.
   auto session = Class(classes::kBaseUserSession)

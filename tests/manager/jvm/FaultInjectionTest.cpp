@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <tuple>
 #include <memory>
 #include <thread>
 

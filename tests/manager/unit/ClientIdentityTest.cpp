@@ -39,7 +39,7 @@ TEST_F(ClientIdentityTest, VerdantIdentityNamesTheClient) {
   ClientIdentity identity;
   ASSERT_EQ(Gather(&identity), S_OK);
   EXPECT_EQ(U(identity.machineIdentity), "verdant-42");
-  EXPECT_EQ(U(identity.second), "second");
+  EXPECT_EQ(U(identity.secondValue), "second");
   EXPECT_EQ(U(identity.virtualMachineId), "vm-7");
   EXPECT_EQ(identity.componentsResult, S_OK);
   EXPECT_EQ(U(MakeClientDescription(&SystemInfo(), identity)),

@@ -49,7 +49,7 @@ class ComPtr {
   void** ReceiveVoid() { return reinterpret_cast<void**>(Receive()); }
 
   template <class U>
-  HRESULT QueryInterface(REFIID iid, ComPtr<U>* out) const {
+  [[nodiscard]] HRESULT QueryInterface(REFIID iid, ComPtr<U>* out) const {
     if (!p_) return E_POINTER;
     return p_->QueryInterface(iid, out->ReceiveVoid());
   }

@@ -8,13 +8,16 @@
 #include <cstring>
 #include <utility>
 #include <vector>
+#include <tuple>
 
 namespace tarnix {
 
 class RegKey {
  public:
   RegKey() = default;
-  RegKey(HKEY root, const WCHAR* subkey, REGSAM access) { Open(root, subkey, access); }
+  RegKey(HKEY root, const WCHAR* subkey, REGSAM access) {
+    std::ignore = Open(root, subkey, access);  // Valid() tells
+  }
   RegKey(const RegKey&) = delete;
   RegKey& operator=(const RegKey&) = delete;
   RegKey(RegKey&& other) noexcept : key_(std::exchange(other.key_, nullptr)) {}
@@ -25,14 +28,14 @@ class RegKey {
   }
   ~RegKey() { Close(); }
 
-  LONG Open(HKEY root, const WCHAR* subkey, REGSAM access) {
+  [[nodiscard]] LONG Open(HKEY root, const WCHAR* subkey, REGSAM access) {
     HKEY key = nullptr;
     LONG result = RegOpenKeyExW(root, subkey, 0, access, &key);
     if (result == ERROR_SUCCESS) Attach(key);
     return result;
   }
-  LONG Create(HKEY root, const WCHAR* subkey, REGSAM access,
-              DWORD options = REG_OPTION_NON_VOLATILE) {
+  [[nodiscard]] LONG Create(HKEY root, const WCHAR* subkey, REGSAM access,
+                            DWORD options = REG_OPTION_NON_VOLATILE) {
     HKEY key = nullptr;
     DWORD disposition = 0;
     LONG result =
@@ -58,7 +61,7 @@ class RegKey {
   }
 
   // The value's bytes and type, whatever its size.
-  LONG ReadRaw(const WCHAR* name, std::vector<BYTE>* data, DWORD* type) const {
+  [[nodiscard]] LONG ReadRaw(const WCHAR* name, std::vector<BYTE>* data, DWORD* type) const {
     DWORD size = 0;
     LONG result = RegQueryValueExW(key_, name, nullptr, type, nullptr, &size);
     // The value can grow between the two calls when another thread writes it.
@@ -76,21 +79,17 @@ class RegKey {
 
   // A REG_SZ or REG_EXPAND_SZ (not expanded), up to its first zero; a value stored without a
   // terminating zero is read whole (an odd last byte is dropped).
-  LONG ReadValue(const WCHAR* name, WString* out) const {
+  [[nodiscard]] LONG ReadValue(const WCHAR* name, WString* out) const {
     std::vector<BYTE> data;
     DWORD type = REG_NONE;
     LONG result = ReadRaw(name, &data, &type);
     if (result != ERROR_SUCCESS) return result;
     if (type != REG_SZ && type != REG_EXPAND_SZ) return ERROR_INVALID_DATA;
-    WString text(data.size() / sizeof(WCHAR), WCHAR());
-    if (!text.empty()) std::memcpy(&text[0], data.data(), text.size() * sizeof(WCHAR));
-    const size_t end = text.find(WCHAR());
-    if (end != WString::npos) text.resize(end);
-    *out = std::move(text);
+    *out = FirstString(data);
     return ERROR_SUCCESS;
   }
 
-  LONG ReadValueDW(const WCHAR* name, DWORD* out) const {
+  [[nodiscard]] LONG ReadValueDW(const WCHAR* name, DWORD* out) const {
     DWORD type = REG_NONE, value = 0, size = 0;
     LONG result = RegQueryValueExW(key_, name, nullptr, &type, nullptr, &size);
     if (result != ERROR_SUCCESS) return result;
@@ -103,40 +102,56 @@ class RegKey {
   }
 
   // A REG_MULTI_SZ as its strings; an empty string ends the list, as Windows reads it.
-  LONG ReadValues(const WCHAR* name, std::vector<WString>* out) const {
-    WString all;
+  [[nodiscard]] LONG ReadValues(const WCHAR* name, std::vector<WString>* out) const {
     std::vector<BYTE> data;
     DWORD type = REG_NONE;
     LONG result = ReadRaw(name, &data, &type);
     if (result != ERROR_SUCCESS) return result;
     if (type != REG_MULTI_SZ) return ERROR_INVALID_DATA;
-    all.resize(data.size() / sizeof(WCHAR));
-    if (!all.empty()) std::memcpy(&all[0], data.data(), all.size() * sizeof(WCHAR));
-    out->clear();
-    size_t start = 0;
-    while (start < all.size()) {
-      size_t end = all.find(WCHAR(), start);
-      if (end == WString::npos) end = all.size();
-      if (end == start) break;
-      out->push_back(all.substr(start, end - start));
-      start = end + 1;
-    }
+    *out = MultiStrings(data);
     return ERROR_SUCCESS;
   }
 
-  LONG WriteValue(const WCHAR* name, const WCHAR* text, DWORD type = REG_SZ) {
+  // String data up to its first zero; data stored without one is read whole (an odd last
+  // byte is dropped).
+  static WString FirstString(const std::vector<BYTE>& data) {
+    WString text = PaddedText(data);
+    text.resize(text.find(WCHAR()));
+    return text;
+  }
+  // Multi-string data's strings, up to the first empty one or the end of the data.
+  static std::vector<WString> MultiStrings(const std::vector<BYTE>& data) {
+    const WString all = PaddedText(data);
+    std::vector<WString> strings;
+    for (size_t start = 0; start < all.size() && all[start] != WCHAR();) {
+      const size_t end = all.find(WCHAR(), start);
+      strings.push_back(all.substr(start, end - start));
+      start = end + 1;
+    }
+    return strings;
+  }
+
+  [[nodiscard]] LONG WriteValue(const WCHAR* name, const WCHAR* text, DWORD type = REG_SZ) {
     const size_t bytes = (std::char_traits<WCHAR>::length(text) + 1) * sizeof(WCHAR);
     return WriteValue(name, text, static_cast<DWORD>(bytes), type);
   }
-  LONG WriteValue(const WCHAR* name, DWORD value) {
+  [[nodiscard]] LONG WriteValue(const WCHAR* name, DWORD value) {
     return WriteValue(name, &value, sizeof(value), REG_DWORD);
   }
-  LONG WriteValue(const WCHAR* name, const void* data, DWORD size, DWORD type) {
+  [[nodiscard]] LONG WriteValue(const WCHAR* name, const void* data, DWORD size, DWORD type) {
     return RegSetValueExW(key_, name, 0, type, static_cast<const BYTE*>(data), size);
   }
-  LONG DeleteValue(const WCHAR* name) { return RegDeleteValueW(key_, name); }
+  [[nodiscard]] LONG DeleteValue(const WCHAR* name) { return RegDeleteValueW(key_, name); }
 
  private:
+  // The data as UTF-16 with one zero more than it holds, so that it always ends in one.
+  static WString PaddedText(const std::vector<BYTE>& data) {
+    WString text(data.size() / sizeof(WCHAR) + 1, WCHAR());
+    if (!data.empty())
+      std::memcpy(&text[0], data.data(), data.size() - data.size() % sizeof(WCHAR));
+    return text;
+  }
+
   HKEY key_ = nullptr;
 };
 

@@ -7,6 +7,9 @@
 
 namespace tarnix {
 
+// A borrowed BSTR's text as the component keeps it; a null BSTR reads as empty.
+inline WString BstrText(BSTR text) { return text ? WString(text, SysStringLen(text)) : WString(); }
+
 class ScopedBstr {
  public:
   ScopedBstr() = default;
@@ -34,8 +37,7 @@ class ScopedBstr {
 
   BSTR Get() const { return bstr_; }
   UINT Length() const { return bstr_ ? SysStringLen(bstr_) : 0; }
-  // The text as the component keeps it; a null BSTR reads as empty.
-  WString Text() const { return bstr_ ? WString(bstr_, SysStringLen(bstr_)) : WString(); }
+  WString Text() const { return BstrText(bstr_); }
 
  private:
   BSTR bstr_ = nullptr;

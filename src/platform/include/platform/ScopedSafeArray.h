@@ -37,7 +37,7 @@ class ScopedSafeArray {
   explicit operator bool() const { return array_ != nullptr; }
 
   // The bounds of dimension 1 (a vector's only one); false for a null or bad array.
-  bool GetBounds(LONG* lower, LONG* upper) const {
+  [[nodiscard]] bool GetBounds(LONG* lower, LONG* upper) const {
     return array_ && SUCCEEDED(SafeArrayGetLBound(array_, 1, lower)) &&
            SUCCEEDED(SafeArrayGetUBound(array_, 1, upper));
   }

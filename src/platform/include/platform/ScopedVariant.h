@@ -2,6 +2,8 @@
 // released with VariantClear when the owner goes.
 #pragma once
 
+#include "platform/ScopedBstr.h"
+#include "platform/ScopedSafeArray.h"
 #include "platform/Win32.h"
 
 #include <utility>
@@ -13,6 +15,15 @@ class ScopedVariant {
   ScopedVariant() { VariantInit(&var_); }
   // Copies the text into a new BSTR; a null text gives a null BSTR.
   explicit ScopedVariant(const OLECHAR* text) : ScopedVariant() { SetText(text); }
+  // Takes over the text, or an array of `elements`, as the value.
+  explicit ScopedVariant(ScopedBstr text) : ScopedVariant() {
+    var_.vt = VT_BSTR;
+    var_.bstrVal = text.Release();
+  }
+  ScopedVariant(ScopedSafeArray array, VARTYPE elements) : ScopedVariant() {
+    var_.vt = VT_ARRAY | elements;
+    var_.parray = array.Release();
+  }
   explicit ScopedVariant(LONG value) : ScopedVariant() {
     var_.vt = VT_I4;
     var_.lVal = value;
@@ -45,11 +56,11 @@ class ScopedVariant {
     return &var_;
   }
   // A second owner of the same value (BSTRs copied, interfaces AddRef'ed).
-  HRESULT CopyTo(ScopedVariant* out) const {
+  [[nodiscard]] HRESULT CopyTo(ScopedVariant* out) const {
     return VariantCopy(out->Receive(), const_cast<VARIANT*>(&var_));
   }
   // Converts in place, keeping the old value when the conversion fails.
-  HRESULT ChangeType(VARTYPE vt, USHORT flags = 0) {
+  [[nodiscard]] HRESULT ChangeType(VARTYPE vt, USHORT flags = 0) {
     VARIANT converted;
     VariantInit(&converted);
     HRESULT hr = VariantChangeType(&converted, &var_, flags, vt);

@@ -1,10 +1,16 @@
-#include "manager/ThreadAnsi.h"
+// Text in the thread's ANSI code page, as the Java machine's options, class names and
+// exception texts are handed around (and as the host's log expects the latter). Text that
+// does not convert comes out empty.
+#pragma once
+
+#include "platform/Win32.h"
 
 #include <climits>
+#include <string>
 
 namespace tarnix {
 
-std::string ToThreadAnsi(const WString& text) {
+inline std::string ToThreadAnsi(const WString& text) {
   if (text.empty() || text.size() > static_cast<size_t>(INT_MAX)) return {};
   const int length = static_cast<int>(text.size());
   const int needed =
@@ -17,7 +23,7 @@ std::string ToThreadAnsi(const WString& text) {
   return narrow;
 }
 
-WString FromThreadAnsi(const std::string& text) {
+inline WString FromThreadAnsi(const std::string& text) {
   if (text.empty() || text.size() > static_cast<size_t>(INT_MAX)) return {};
   const int length = static_cast<int>(text.size());
   const int needed = MultiByteToWideChar(CP_THREAD_ACP, 0, text.data(), length, nullptr, 0);
