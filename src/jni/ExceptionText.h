@@ -16,7 +16,7 @@ namespace tarnix {
 // by "\r\n\t" and each stack frame. Nothing when none is pending. Inline: it is asked
 // after every call into Java, and the plain check spares a reference when all is well.
 [[nodiscard]] WString TakePendingExceptionText(JNIEnv* env);
-[[nodiscard]] inline std::optional<WString> TakeException(JNIEnv* env) {
+inline std::optional<WString> TakeException(JNIEnv* env) {
   if (!env || !env->ExceptionCheck()) return std::nullopt;
   return TakePendingExceptionText(env);
 }

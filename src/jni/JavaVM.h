@@ -77,7 +77,7 @@ class CJavaVM : public CJavaThreads {
   // no other call while one is pending) and its text comes back, its toString() followed
   // by "\r\n\t" and each stack frame. Nothing when none is pending. Inline: it is asked
   // after every call into Java, and the plain check spares a reference when all is well.
-  [[nodiscard]] std::optional<WString> TakeException() { return tarnix::TakeException(GetEnv()); }
+  std::optional<WString> TakeException() { return tarnix::TakeException(GetEnv()); }
 
   // Lets go of the machine without destroying it, for a host that is shutting down: the
   // classes and the thread map are emptied and the runtime library's handle is freed. A

@@ -131,7 +131,9 @@ TEST(Variant, NumbersConvertWithBankersRoundingAndReportOverflow) {
     ScopedVariant result;
     VARIANT from = c.from;
     EXPECT_EQ(VariantChangeType(result.Receive(), &from, 0, VT_I4), c.hr) << from.vt;
-    if (c.hr == S_OK) EXPECT_EQ(result.Get().lVal, c.value) << from.vt;
+    if (c.hr == S_OK) {
+      EXPECT_EQ(result.Get().lVal, c.value) << from.vt;
+    }
   }
 
   ScopedVariant big(LONG(70000));

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/WideText.h"
+#include <tuple>
 
 namespace tarnix::host {
 namespace {
@@ -26,7 +27,7 @@ HRESULT CopyText(const WString& text, BSTR* out) {
 
 void CopyInto(ValueEnumerator& enumerator, const NamedValue& pair) {
   ScopedVariant copy;
-  pair.value.CopyTo(&copy);
+  std::ignore = pair.value.CopyTo(&copy);  // a value that cannot be copied goes out empty
   enumerator.Add(pair.name, std::move(copy));
 }
 
@@ -271,7 +272,7 @@ HRESULT NamedValues::get_Enumerator(IHostEnumerator** items) {
   std::lock_guard<std::mutex> hold(lock_);
   for (const auto& [name, value] : values_) {
     ScopedVariant copy;
-    value.CopyTo(&copy);
+    std::ignore = value.CopyTo(&copy);
     enumerator->Add(name, std::move(copy));
   }
   *items = enumerator.Detach();
