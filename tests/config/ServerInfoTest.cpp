@@ -395,18 +395,19 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   ExpectLines({"E: " + kLegacySystemFailed + "  ", "E: " + kReadKeyFailed, "E: " + kXmlSourceFailed,
                "E: " + kReadKeyFailed, "E: " + WithCode(kPolicySourceFailed, 0x80070002)});
 
-  // The policy key found, the unique id still cannot be asked for.
+  // The policy key found, the unique id still cannot be asked for: the service's own code.
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
   SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
   registry_.Apply();
   Logger().Clear();
+  Service().ScriptCreate({E_ACCESSDENIED});
   WString path = kPolicyKey;
   Outputs policy;
-  EXPECT_LT(tarnix::loadCommonServerInfo(&path[0], &policy.url, &policy.serviceValue,
+  EXPECT_EQ(tarnix::loadCommonServerInfo(&path[0], &policy.url, &policy.serviceValue,
                                          &policy.certificate),
-            0);
+            static_cast<LONG>(E_ACCESSDENIED));
   EXPECT_EQ(policy.Url(), "https://policy");
-  ExpectLines({"E: " + kCommonSystemFailed});
+  ExpectLines({"E: " + WithCode(kCommonSystemFailed, 0x80070005)});
 }
 
 TEST_F(ServerInfo, HostileConfigurationGetsDefinedAnswers) {
