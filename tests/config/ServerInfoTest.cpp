@@ -37,10 +37,10 @@ const WString kCertificate = WSTR("AdapterCertificate");
 
 // Each failure line names the loader's function as the host's readers know it.
 const std::string kInLegacy =
-    " in function long __cdecl CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,"
+    " in function long __cdecl CRMIConfigLoader::LoadLegacyServerInfo(wchar_t **,wchar_t **,"
     "wchar_t **)";
 const std::string kInCommon =
-    " in function long __cdecl CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,"
+    " in function long __cdecl CRMIConfigLoader::LoadKeyServerInfo(wchar_t *,wchar_t **,"
     "wchar_t **,wchar_t **)";
 const std::string kInGet =
     " in function long __cdecl CRMIConfigLoader::GetServerInfo(struct tagVARIANT,wchar_t **,"
@@ -395,18 +395,19 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   ExpectLines({"E: " + kLegacySystemFailed + "  ", "E: " + kReadKeyFailed, "E: " + kXmlSourceFailed,
                "E: " + kReadKeyFailed, "E: " + WithCode(kPolicySourceFailed, 0x80070002)});
 
-  // The policy key found, the unique id still cannot be asked for.
+  // The policy key found, the unique id still cannot be asked for: the service's own code.
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
   SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
   registry_.Apply();
   Logger().Clear();
+  Service().ScriptCreate({E_ACCESSDENIED});
   WString path = kPolicyKey;
   Outputs policy;
-  EXPECT_LT(
+  EXPECT_EQ(
       tarnix::LoadKeyServerInfo(&path[0], &policy.url, &policy.serviceValue, &policy.certificate),
-      0);
+      static_cast<LONG>(E_ACCESSDENIED));
   EXPECT_EQ(policy.Url(), "https://policy");
-  ExpectLines({"E: " + kCommonSystemFailed});
+  ExpectLines({"E: " + WithCode(kCommonSystemFailed, 0x80070005)});
 }
 
 TEST_F(ServerInfo, HostileConfigurationGetsDefinedAnswers) {

@@ -40,12 +40,15 @@ TEST_F(ExtendedDataTest, AttributesBecomeAMapOfTexts) {
 // line reports a map that refused an attribute. The later attributes still go in.
 TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
   auto items = MakeHostObject<FakeEnumerator>();
-  items->Add(WSTR("a"), Text(WSTR("1"))).Add(WSTR("b"), Text(WSTR("2")));
+  items->Add(WSTR("a"), Text(WSTR("1"))).Add(WSTR("b"), Text(WSTR("2"))).Add(WSTR("c"), I4(3));
   GlobalRef<jobject> broken;
   items->OnNext([this, &broken](int earlierCalls) {
+    JNIEnv* env = Vm().GetEnv();
     if (earlierCalls == 0) broken = BreakLocallyHeldMap(Vm());
     // No JNI call may be made while the failed put's exception is pending.
-    if (earlierCalls == 1 && !Vm().GetEnv()->ExceptionCheck()) MendMap(Vm(), broken.Get());
+    if (earlierCalls == 1 && !env->ExceptionCheck()) MendMap(Vm(), broken.Get());
+    // The JVM out of memory for the next name: that attribute is left out.
+    if (earlierCalls == 2) env->ThrowNew(env->FindClass("java/lang/OutOfMemoryError"), "full");
   });
   auto attributes = MakeHostObject<WalkedAttributes>(ComPtr<IHostEnumerator>(items.Get()));
 
@@ -55,9 +58,10 @@ TEST_F(ExtendedDataTest, TheExceptionOfAFailedPutIsLeftPending) {
   JNIEnv* env = Vm().GetEnv();
   ASSERT_TRUE(env->ExceptionCheck());
   EXPECT_EQ(TakeException().rfind("java.lang.ArrayStoreException: java.util.HashMap$Node", 0), 0u);
-  EXPECT_EQ(items->NextCalls(), 3);  // walked to its end
+  EXPECT_EQ(items->NextCalls(), 4);  // walked to its end
   EXPECT_EQ(Describe(map), "{\"b\"=\"2\"}");
-  EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
+  EXPECT_EQ(Logger().Count(), 1u) << Logger().Dump();
+  EXPECT_TRUE(Logger().Contains(WSTR("for c.  java.lang.OutOfMemoryError: full")));
 }
 
 TEST_F(ExtendedDataTest, MetricsCarryTheirInstances) {

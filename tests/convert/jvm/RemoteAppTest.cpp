@@ -52,7 +52,7 @@ TEST_F(RemoteAppTest, OnlyApplicationsWithMetricsAreAddedAndAnnounced) {
   EXPECT_EQ(errors[1], "Failed to get metrics from sample  Error code 0x80041234.");
 }
 
-TEST_F(RemoteAppTest, NoApplicationsOrNoAppObjectLeaveTheSessionWithout) {
+TEST_F(RemoteAppTest, NoApplicationsAddNothingAndAnAppObjectNotMadeCostsOnlyItsApp) {
   auto session = NewSession();
   ASSERT_TRUE(session);
   auto none = MakeHostObject<FakeSample>();
@@ -62,14 +62,17 @@ TEST_F(RemoteAppTest, NoApplicationsOrNoAppObjectLeaveTheSessionWithout) {
   auto app = MakeHostObject<FakeSample>();
   app->AddMetric(WSTR("cpu"), I4(1));
   auto instance = MakeHostObject<FakeSample>();
-  instance->AddToCollection(WSTR("remoteApps"), WSTR("editor"), app.Get());
-  Java().ThrowIn("BaseRemoteApp.<init>", "java.lang.IllegalStateException", "no app");
+  instance->AddToCollection(WSTR("remoteApps"), WSTR("editor"), app.Get())
+      .AddToCollection(WSTR("remoteApps"), WSTR("viewer"), app.Get());
+  // The app object that could not be made costs that app only.
+  Java().ThrowOnHit("BaseRemoteApp.<init>", 1, "java.lang.IllegalStateException", "no app");
   Convertor().PutRemoteApps(VmRef(), *session, instance.Get());
-  EXPECT_EQ(app->MetricsReads(), 0);
+  EXPECT_EQ(app->MetricsReads(), 1);
   EXPECT_TRUE(EndsWithException(Lines(LogOperation::Error).back(),
                                 "Failed to create a new Java remote app object.  ",
                                 "java.lang.IllegalStateException: no app"));
-  EXPECT_NE(Describe(session).find("remoteApps=[]"), std::string::npos);
+  EXPECT_NE(Describe(session).find("remoteApps=[BaseRemoteApp{id=\"viewer\""), std::string::npos)
+      << Describe(session);
 }
 
 }  // namespace
