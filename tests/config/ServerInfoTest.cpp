@@ -37,10 +37,10 @@ const WString kCertificate = WSTR("AdapterCertificate");
 
 // Each failure line names the loader's function as the host's readers know it.
 const std::string kInLegacy =
-    " in function long __cdecl CRMIConfigLoader::LoadLegacyServerInfo(wchar_t **,wchar_t **,"
+    " in function long __cdecl CRMIConfigLoader::loadLegancyServerInfo(wchar_t **,wchar_t **,"
     "wchar_t **)";
 const std::string kInCommon =
-    " in function long __cdecl CRMIConfigLoader::LoadKeyServerInfo(wchar_t *,wchar_t **,"
+    " in function long __cdecl CRMIConfigLoader::loadCommonServerInfo(wchar_t *,wchar_t **,"
     "wchar_t **,wchar_t **)";
 const std::string kInGet =
     " in function long __cdecl CRMIConfigLoader::GetServerInfo(struct tagVARIANT,wchar_t **,"
