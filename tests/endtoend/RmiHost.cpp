@@ -42,14 +42,6 @@ void RmiHostTest::StopServer() {
   }
 }
 
-std::vector<std::string> RmiHostTest::Lines(LogOperation operation) {
-  std::vector<std::string> lines;
-  for (const WString& line : Logger().Messages(operation)) {
-    lines.push_back(WideToUtf8(line));
-  }
-  return lines;
-}
-
 std::string RmiHostTest::RuntimeLibrary() { return ENDTOEND_JAVA_HOME "/lib/server/libjvm.so"; }
 
 }  // namespace tarnix::testing

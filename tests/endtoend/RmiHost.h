@@ -32,9 +32,6 @@ class RmiHostTest : public HostTest {
     return manager_->DumpData(url_.c_str(), kAuthToken, kCertificate, number, type, data);
   }
 
-  // The lines of one log operation, as UTF-8.
-  std::vector<std::string> Lines(LogOperation operation);
-
   static std::string RuntimeLibrary();
 
   std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();

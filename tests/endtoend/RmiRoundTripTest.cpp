@@ -108,7 +108,7 @@ TEST_F(RmiRoundTrip, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
       EXPECT_NE(call.find(fragment), std::string::npos) << fragment << "\nnot in\n" << call;
     }
   }
-  EXPECT_TRUE(Lines(LogOperation::Error).empty()) << Logger().Dump();
+  EXPECT_TRUE(Lines(Logger(), LogOperation::Error).empty()) << Logger().Dump();
   // The server's answer to the start-up reached the host.
   ASSERT_EQ(callback->Answers().size(), 1u);
   EXPECT_EQ(callback->Answers()[0].dataType, eStartup);
@@ -123,7 +123,7 @@ TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestarti
   StopServer();
   Logger().Clear();
   EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
-  auto errors = Lines(LogOperation::Error);
+  auto errors = Lines(Logger(), LogOperation::Error);
   ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
   EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  "
                             "java.rmi.ConnectException: Connection refused to host: 127.0.0.1",
@@ -144,7 +144,7 @@ TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestarti
   StartServer(port);
   EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
   EXPECT_EQ(Server().Received().size(), 1u);
-  EXPECT_TRUE(Lines(LogOperation::Error).empty()) << Logger().Dump();
+  EXPECT_TRUE(Lines(Logger(), LogOperation::Error).empty()) << Logger().Dump();
 }
 
 TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
@@ -170,7 +170,7 @@ TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
   ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(5000)));
   Logger().Clear();
   EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
-  const auto errors = Lines(LogOperation::Error);
+  const auto errors = Lines(Logger(), LogOperation::Error);
   ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
   EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  "
                             "java.rmi.",
@@ -193,7 +193,7 @@ TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {
   const WString url = Utf8ToWide("rmi://127.0.0.1:" + std::to_string(port) + "/Elsewhere");
   EXPECT_EQ(manager_->DumpData(url.c_str(), kAuthToken, kCertificate, 1, eStartup, nullptr),
             kNetworkUnavailable);
-  const auto errors = Lines(LogOperation::Error);
+  const auto errors = Lines(Logger(), LogOperation::Error);
   ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
   EXPECT_NE(errors[0].find("java.rmi.RemoteException: no message server at " + WideToUtf8(url)),
             std::string::npos)
