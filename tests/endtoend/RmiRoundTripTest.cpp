@@ -123,13 +123,8 @@ TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestarti
   StopServer();
   Logger().Clear();
   EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
-  auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  "
-                            "java.rmi.ConnectException: Connection refused to host: 127.0.0.1",
-                            0),
-            0u)
-      << errors[0];
+  ExpectErrors(Logger(), {"Failed to send data with type eStartup to the message server.  "
+                          "java.rmi.ConnectException: Connection refused to host: 127.0.0.1"});
   // Still down: the client looks again on every call and fails the same way.
   EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
 
@@ -170,13 +165,8 @@ TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
   ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(5000)));
   Logger().Clear();
   EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  "
-                            "java.rmi.",
-                            0),
-            0u)
-      << errors[0];
+  const auto errors = ExpectErrors(
+      Logger(), {"Failed to send data with type eStartup to the message server.  java.rmi."});
   EXPECT_NE(errors[0].find("java.net.SocketTimeoutException"), std::string::npos) << errors[0];
   EXPECT_EQ(callback->Answers().size(), 1u);
 
@@ -193,8 +183,7 @@ TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {
   const WString url = Utf8ToWide("rmi://127.0.0.1:" + std::to_string(port) + "/Elsewhere");
   EXPECT_EQ(manager_->DumpData(url.c_str(), kAuthToken, kCertificate, 1, eStartup, nullptr),
             kNetworkUnavailable);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
+  const auto errors = ExpectErrors(Logger(), {""});
   EXPECT_NE(errors[0].find("java.rmi.RemoteException: no message server at " + WideToUtf8(url)),
             std::string::npos)
       << errors[0];

@@ -109,13 +109,8 @@ TEST_F(ManagerDumpData, AnAttributeTheMapRefusesIsReportedAsAFailedSend) {
       std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeHostObject<FakeSample>())});
 
   EXPECT_EQ(Dump(eExtendedData, data.Get()), E_FAIL);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_EQ(errors[0].rfind("Failed to send data with type eExtendedData to the message server.  "
-                            "java.lang.ArrayStoreException: java.util.HashMap$Node\r\n\t",
-                            0),
-            0u)
-      << errors[0];
+  ExpectErrors(Logger(), {"Failed to send data with type eExtendedData to the message server.  "
+                          "java.lang.ArrayStoreException: java.util.HashMap$Node\r\n\t"});
   const auto sends = Sends();
   ASSERT_EQ(sends.size(), 1u);
   EXPECT_NE(sends[0].find("{\"b\"=\"2\"}"), std::string::npos) << sends[0];
