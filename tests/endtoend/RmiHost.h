@@ -26,8 +26,6 @@ class RmiHostTest : public ManagerJvmTest {
     return manager_->DumpData(url_.c_str(), kAuthToken, kCertificate, number, type, data);
   }
 
-  static std::string RuntimeLibrary() { return MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so"; }
-
  private:
   std::unique_ptr<hostsim::MessageServerProcess> server_;
   WString url_;
