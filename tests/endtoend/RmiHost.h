@@ -1,24 +1,18 @@
-// A host whose component talks to a real message server: the agent's settings in the
-// registry, the host's identity, the server in a process of its own, and a manager that lets
-// go of the host's objects before the host checks them.
+// A host whose component talks to a real message server in a process of its own: the
+// manager suites' host (the agent's settings, the described machine, a manager of its own)
+// with the server's URL.
 #pragma once
 
+#include "JvmHost.h"
 #include "MessageServerProcess.h"
-#include "fixtures/HostTest.h"
-#include "fixtures/Secrets.h"
-#include "fixtures/TestRegistry.h"
-#include "manager/CommManagerImpl.h"
-#include "platform/WideText.h"
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace tarnix::testing {
 
-class RmiHostTest : public HostTest {
+class RmiHostTest : public ManagerJvmTest {
  protected:
-  RmiHostTest();
   void TearDown() override;
 
   // Starts the server (on `port`, 0 for a free one); a failure to start fails the test.
@@ -32,15 +26,7 @@ class RmiHostTest : public HostTest {
     return manager_->DumpData(url_.c_str(), kAuthToken, kCertificate, number, type, data);
   }
 
-  // The lines of one log operation, as UTF-8.
-  std::vector<std::string> Lines(LogOperation operation);
-
-  static std::string RuntimeLibrary();
-
-  std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
-
  private:
-  TestRegistry registry_;
   std::unique_ptr<hostsim::MessageServerProcess> server_;
   WString url_;
 };

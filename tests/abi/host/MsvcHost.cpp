@@ -145,35 +145,56 @@ void CheckRefusedDumpData(Host& host, CRMICommManager& manager) {
   if (counts) CheckCount(counts->createCalls, 1, "no second start-up");
 }
 
-// The caller's VARIANT goes by value: the library works on its copy of it.
+// GetServerInfo on a configuration of the caller's, which goes by value: the library works
+// on its copy. The outputs are the caller's to free.
+class ServerInfoCall {
+ public:
+  // `text` null: the configuration is `object`, which the caller keeps.
+  explicit ServerInfoCall(const WCHAR* text, IUnknown* object = nullptr) {
+    VariantInit(&config_);
+    config_.vt = text ? VT_BSTR : VT_UNKNOWN;
+    if (text) config_.bstrVal = SysAllocString(text);
+    if (!text) config_.punkVal = object;
+    before_ = config_;
+  }
+  ~ServerInfoCall() {
+    SysFreeString(url);
+    SysFreeString(serviceValue);
+    SysFreeString(certificate);
+    if (config_.vt == VT_BSTR) VariantClear(&config_);
+  }
+  LONG Call() {
+    const LONG result = CRMIConfigLoader::GetServerInfo(config_, &url, &serviceValue, &certificate);
+    Check(config_.vt == before_.vt && config_.bstrVal == before_.bstrVal,
+          "the caller's VARIANT is untouched");
+    return result;
+  }
+  const VARIANT& Config() const { return config_; }
+
+  WCHAR* url = nullptr;
+  WCHAR* serviceValue = nullptr;
+  WCHAR* certificate = nullptr;
+
+ private:
+  VARIANT config_;
+  VARIANT before_;
+};
+
 void CheckServerInfoFromLegacyValue(Host& host) {
   host.logger.Clear();
   Check(host::SetString(kLegacyKey, kLegacyValue,
                         L"rmi://127.0.0.1:1099/adapter|machine-7|CERTIFICATE-TEXT"),
         "writing the legacy value");
-  VARIANT config;
-  VariantInit(&config);
-  config.vt = VT_BSTR;
-  config.bstrVal = SysAllocString(L"<agent/>");
-  const BSTR configText = config.bstrVal;
-  WCHAR* url = nullptr;
-  WCHAR* serviceValue = nullptr;
-  WCHAR* certificate = nullptr;
-  CheckCode(CRMIConfigLoader::GetServerInfo(config, &url, &serviceValue, &certificate), S_OK,
-            "GetServerInfo from the legacy value");
-  CheckText(url, kUrl, "legacy url");
-  CheckText(serviceValue, L"machine-7", "legacy service value");
-  CheckText(certificate, kCertificate, "legacy certificate");
-  Check(config.vt == VT_BSTR && config.bstrVal == configText, "the caller's VARIANT is untouched");
-  CheckText(config.bstrVal, L"<agent/>", "the caller's configuration text is untouched");
+  ServerInfoCall call(L"<agent/>");
+  CheckCode(call.Call(), S_OK, "GetServerInfo from the legacy value");
+  CheckText(call.url, kUrl, "legacy url");
+  CheckText(call.serviceValue, L"machine-7", "legacy service value");
+  CheckText(call.certificate, kCertificate, "legacy certificate");
+  CheckText(call.Config().bstrVal, L"<agent/>", "the caller's configuration text is untouched");
   host.logger.CheckCount(1, "GetServerInfo from the legacy value logs one line");
   Check(host.logger.Line(0).operation == host::LogOperation::Info, "the legacy line is info");
   CheckText(host.logger.Line(0).message, L"Using message server 'rmi://127.0.0.1:1099/adapter'.",
             "legacy log line");
-  SysFreeString(url);
-  SysFreeString(serviceValue);
-  SysFreeString(certificate);
-  VariantClear(&config);
   host::DeleteValue(kLegacyKey, kLegacyValue);
 }
 
@@ -184,23 +205,14 @@ void CheckServerInfoFromDocument(Host& host) {
   Check(host::SetString(kServerKey, L"MessageServerURL", kUrl) &&
             host::SetValue(kServerKey, L"AdapterCertificate", REG_MULTI_SZ, kLines, sizeof kLines),
         "writing the key the document names");
-  VARIANT config;
-  VariantInit(&config);
-  config.vt = VT_BSTR;
-  config.bstrVal = SysAllocString(
+  ServerInfoCall call(
       L"<agent><serverConfigRegistry>Software\\TarnixMsvcHost\\Server</serverConfigRegistry>"
       L"</agent>");
-  const BSTR configText = config.bstrVal;
-  WCHAR* url = nullptr;
-  WCHAR* serviceValue = nullptr;
-  WCHAR* certificate = nullptr;
   const ULONG serviceReferences = host.service.References();
-  CheckCode(CRMIConfigLoader::GetServerInfo(config, &url, &serviceValue, &certificate), S_OK,
-            "GetServerInfo through the document");
-  CheckText(url, kUrl, "url from the named key");
-  CheckText(serviceValue, host::SystemInfo::kUniqueId, "service value from the host");
-  CheckText(certificate, L"-----BEGIN-----ABCDEF-----END-----", "joined certificate");
-  Check(config.vt == VT_BSTR && config.bstrVal == configText, "the caller's document is untouched");
+  CheckCode(call.Call(), S_OK, "GetServerInfo through the document");
+  CheckText(call.url, kUrl, "url from the named key");
+  CheckText(call.serviceValue, host::SystemInfo::kUniqueId, "service value from the host");
+  CheckText(call.certificate, L"-----BEGIN-----ABCDEF-----END-----", "joined certificate");
   CheckCount(host.service.References(), serviceReferences, "GetServerInfo keeps no service");
   host.logger.CheckCount(1, "GetServerInfo through the document logs one line");
   CheckPrefix(host.logger.Line(0).message,
@@ -211,33 +223,20 @@ void CheckServerInfoFromDocument(Host& host) {
 
   VARIANT content;
   VariantInit(&content);
-  CheckCode(CRMIConfigLoader::GetConfigContent(config, &content), S_OK, "GetConfigContent");
+  CheckCode(CRMIConfigLoader::GetConfigContent(call.Config(), &content), S_OK, "GetConfigContent");
   Check(content.vt == VT_BSTR, "GetConfigContent gives text");
-  if (content.vt == VT_BSTR) {
-    CheckText(content.bstrVal, kServerKey, "GetConfigContent text");
-  }
+  if (content.vt == VT_BSTR) CheckText(content.bstrVal, kServerKey, "GetConfigContent text");
   VariantClear(&content);
-  SysFreeString(url);
-  SysFreeString(serviceValue);
-  SysFreeString(certificate);
-  VariantClear(&config);
 }
 
 // An object that is not a document: every source fails, and the outputs stay unset.
 void CheckServerInfoWithoutSource(Host& host) {
   host.logger.Clear();
   host::DeleteKey(kServerKey);
-  VARIANT config;
-  VariantInit(&config);
-  config.vt = VT_UNKNOWN;
-  config.punkVal = &host.callback;
+  ServerInfoCall call(nullptr, &host.callback);
   const ULONG references = host.callback.References();
-  WCHAR* url = nullptr;
-  WCHAR* serviceValue = nullptr;
-  WCHAR* certificate = nullptr;
-  CheckCode(CRMIConfigLoader::GetServerInfo(config, &url, &serviceValue, &certificate),
-            kFileNotFound, "GetServerInfo with no source");
-  Check(!url && !serviceValue && !certificate, "no output without a source");
+  CheckCode(call.Call(), kFileNotFound, "GetServerInfo with no source");
+  Check(!call.url && !call.serviceValue && !call.certificate, "no output without a source");
   CheckCount(host.callback.References(), references, "the VARIANT's object is left as it was");
   host.logger.CheckCount(3, "GetServerInfo with no source logs three lines");
   CheckPrefix(host.logger.Line(2).message,

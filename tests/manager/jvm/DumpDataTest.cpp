@@ -1,6 +1,7 @@
 // A DumpData from the host to the Java client and back, on the real JVM: what each kind
-// sends is the end-to-end suite's (over real RMI) and what each failing host call does is
-// the fault walk's; here, the rest.
+// sends is the end-to-end suite's (over real RMI), what each failing host call does is the
+// fault walk's, and that a host thread leaves detached is the concurrency suite's; here, the
+// rest.
 #include "JvmHost.h"
 
 #include "JvmTestSupport.h"
@@ -70,23 +71,6 @@ TEST_F(ManagerDumpData, IdentityDecidesBeforeJavaAndCarriesItsFailure) {
   EXPECT_NE(sends[0].find("<id>machine-1</id>"), std::string::npos) << sends[0];
 }
 
-TEST_F(ManagerDumpData, AnotherThreadIsAttachedForItsCallOnly) {
-  ASSERT_EQ(manager_->Initialize(), S_OK);
-  // No answer: one nobody took would be logged with the call's secret strings.
-  JavaControl(*manager_->GetJavaVM()).SetAnswer("onStartup", std::nullopt);
-  LONG result = E_UNEXPECTED;
-  jint afterwards = JNI_OK;
-  std::thread host([&] {
-    result = Dump(eStartup);
-    JNIEnv* env = nullptr;
-    afterwards = RunningJavaVM()->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6);
-  });
-  host.join();
-  EXPECT_EQ(result, S_OK) << Logger().Dump();
-  EXPECT_EQ(afterwards, JNI_EDETACHED);
-  EXPECT_EQ(Sends().size(), 1u);
-}
-
 // A map that refused one attribute still goes out with the others; the call then ends
 // in the send-failure line with the refusal's text, and in nothing else.
 TEST_F(ManagerDumpData, AnAttributeTheMapRefusesIsReportedAsAFailedSend) {
@@ -109,13 +93,8 @@ TEST_F(ManagerDumpData, AnAttributeTheMapRefusesIsReportedAsAFailedSend) {
       std::vector<ComPtr<IUnknown>>{AsUnknown(values), AsUnknown(MakeHostObject<FakeSample>())});
 
   EXPECT_EQ(Dump(eExtendedData, data.Get()), E_FAIL);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-  EXPECT_EQ(errors[0].rfind("Failed to send data with type eExtendedData to the message server.  "
-                            "java.lang.ArrayStoreException: java.util.HashMap$Node\r\n\t",
-                            0),
-            0u)
-      << errors[0];
+  ExpectErrors(Logger(), {"Failed to send data with type eExtendedData to the message server.  "
+                          "java.lang.ArrayStoreException: java.util.HashMap$Node\r\n\t"});
   const auto sends = Sends();
   ASSERT_EQ(sends.size(), 1u);
   EXPECT_NE(sends[0].find("{\"b\"=\"2\"}"), std::string::npos) << sends[0];

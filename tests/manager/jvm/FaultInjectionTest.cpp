@@ -355,19 +355,11 @@ TEST_F(JavaClientFailures, EachKindBecomesItsResultAndSendLine) {
     EXPECT_EQ(Dump(eStartup), kind.result);
     EXPECT_EQ(Dump(eUserSessionDisconnect, session.Get()), kind.result);
     EXPECT_FALSE(manager_->GetJavaVM()->GetEnv()->ExceptionCheck());
-    const auto errors = Lines(Logger(), LogOperation::Error);
-    ASSERT_EQ(errors.size(), 2u) << Logger().Dump();
-    EXPECT_EQ(errors[0].rfind("Failed to send data with type eStartup to the message server.  " +
-                                  thrown + "\r\n\t",
-                              0),
-              0u)
-        << errors[0];
-    EXPECT_EQ(errors[1].rfind("Failed to send user event eUserSessionDisconnect for user anna.berg "
-                              "to the message server.  " +
-                                  thrown + "\r\n\t",
-                              0),
-              0u)
-        << errors[1];
+    ExpectErrors(Logger(), {"Failed to send data with type eStartup to the message server.  " +
+                                thrown + "\r\n\t",
+                            "Failed to send user event eUserSessionDisconnect for user anna.berg "
+                            "to the message server.  " +
+                                thrown + "\r\n\t"});
   }
 
   // No answer at all is no failure.

@@ -72,26 +72,13 @@ TEST_F(ServerConfigPush, AFailedPushIsTriedAgain) {
     return manager.SetCurrentServerConfig(WSTR("rmi://server/a"), WSTR("id"), WSTR("cert"));
   };
 
-  Logger().Clear();
-  EXPECT_EQ(push(), E_FAIL);
-  auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u);
-  EXPECT_EQ(errors[0].rfind("Failed to set the message server URL in the Java client.  "
-                            "java.rmi.ConnectException: down",
-                            0),
-            0u)
-      << errors[0];
-
-  Logger().Clear();
-  EXPECT_EQ(push(), E_FAIL);
-  errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), 1u);
-  EXPECT_EQ(errors[0].rfind("Failed to initialize RMI in the Java client.  "
-                            "java.lang.IllegalStateException: bad",
-                            0),
-            0u)
-      << errors[0];
-
+  for (const char* line :
+       {"Failed to set the message server URL in the Java client.  java.rmi.ConnectException: down",
+        "Failed to initialize RMI in the Java client.  java.lang.IllegalStateException: bad"}) {
+    Logger().Clear();
+    EXPECT_EQ(push(), E_FAIL);
+    ExpectErrors(Logger(), {line});
+  }
   EXPECT_EQ(push(), S_OK);
   EXPECT_EQ(push(), S_FALSE);
   EXPECT_EQ(Pushes().size(), 5u);
@@ -110,10 +97,7 @@ TEST_F(ServerConfigPush, WithoutAConfigurationFolderEveryCallFails) {
                                kTypeWithoutMessage, nullptr),
               missing);
     // Only the call's own line: reading the folder logs nothing of its own.
-    const auto errors = Lines(Logger(), LogOperation::Error);
-    ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
-    EXPECT_EQ(errors[0].rfind(U(messages::kDumpDataConfigFailed) + "  Error code 0x80070002", 0),
-              0u);
+    ExpectErrors(Logger(), {U(messages::kDumpDataConfigFailed) + "  Error code 0x80070002"});
   }
   EXPECT_TRUE(Pushes().empty());
 }

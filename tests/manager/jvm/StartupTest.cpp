@@ -23,10 +23,6 @@ std::vector<std::string> LoadedLines(size_t count) {
   return lines;
 }
 
-bool StartsWith(const std::string& text, const std::string& prefix) {
-  return text.rfind(prefix, 0) == 0;
-}
-
 class JavaStartup : public JvmHostTest {
  protected:
   // Starts Java and expects it up, with the runtime found at `runtime`.
@@ -139,11 +135,7 @@ TEST_P(FailedStartup, LogsWhereItStoppedAndIsNotTriedAgain) {
   if (*failure.fault) ArmFaultsAtStartUp(failure.fault);
   CRMICommManagerImpl manager;
   EXPECT_EQ(manager.Initialize(), E_FAIL);
-  const auto errors = Lines(Logger(), LogOperation::Error);
-  ASSERT_EQ(errors.size(), failure.errors.size()) << Logger().Dump();
-  for (size_t i = 0; i < errors.size(); ++i) {
-    EXPECT_TRUE(StartsWith(errors[i], failure.errors[i])) << errors[i];
-  }
+  const auto errors = ExpectErrors(Logger(), failure.errors);
   EXPECT_NE(errors.back().find(failure.alsoInLastLine), std::string::npos) << errors.back();
   EXPECT_EQ(Lines(Logger(), LogOperation::Level), LoadedLines(failure.loaded));
   EXPECT_EQ(CountStartingWith(Logger(), "Initialized communication manager."), 0u);
