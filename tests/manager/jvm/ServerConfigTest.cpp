@@ -54,8 +54,9 @@ TEST_F(ServerConfigPush, PushesWhenTheConfigurationChanges) {
                                            WSTR("CERTIFICATE-2")),
             S_OK);
   EXPECT_EQ(Pushes().back(), "initialize(\"/tmp/tarnix-agent-config\", \"CERTIFICATE-2\")");
-  // A URL that only extends or shortens the last one is still a change.
-  for (const WCHAR* url : {WSTR("rmi://Server:1099/a/b"), WSTR("rmi://Server:1099/a")}) {
+  // A URL that extends, shortens or replaces a letter of the last one is still a change.
+  for (const WCHAR* url :
+       {WSTR("rmi://Server:1099/a/b"), WSTR("rmi://Server:1099/b"), WSTR("rmi://Server:1099/a")}) {
     EXPECT_EQ(manager.SetCurrentServerConfig(url, WSTR("ID"), WSTR("CERTIFICATE-2")), S_OK);
   }
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
