@@ -28,16 +28,17 @@ constexpr ClassTableRow kClassTable[static_cast<size_t>(ClassId::Count)] = {
 constexpr bool IsRowOf(ClassId id, const char* name) {
   return kClassTable[static_cast<size_t>(id)].name == name;
 }
-static_assert(IsRowOf(ClassId::InstanceLoggerFactory, kInstanceLoggerFactory) &&
-                  IsRowOf(ClassId::DesktopMessageClient, kDesktopMessageClient) &&
-                  IsRowOf(ClassId::DesktopConnection, kDesktopConnection) &&
-                  IsRowOf(ClassId::DesktopInformation, kDesktopInformation) &&
-                  IsRowOf(ClassId::NetworkInterface, kNetworkInterface) &&
-                  IsRowOf(ClassId::UserSession, kBaseUserSession) &&
-                  IsRowOf(ClassId::Sample, kBaseSample) && IsRowOf(ClassId::Metric, kBaseMetric) &&
-                  IsRowOf(ClassId::RemoteApp, kBaseRemoteApp) &&
-                  IsRowOf(ClassId::HashMap, kHashMap),
-              "the rows of the class table follow ClassId");
+// The rows of the class table follow ClassId.
+static_assert(IsRowOf(ClassId::InstanceLoggerFactory, kInstanceLoggerFactory));
+static_assert(IsRowOf(ClassId::DesktopMessageClient, kDesktopMessageClient));
+static_assert(IsRowOf(ClassId::DesktopConnection, kDesktopConnection));
+static_assert(IsRowOf(ClassId::DesktopInformation, kDesktopInformation));
+static_assert(IsRowOf(ClassId::NetworkInterface, kNetworkInterface));
+static_assert(IsRowOf(ClassId::UserSession, kBaseUserSession));
+static_assert(IsRowOf(ClassId::Sample, kBaseSample));
+static_assert(IsRowOf(ClassId::Metric, kBaseMetric));
+static_assert(IsRowOf(ClassId::RemoteApp, kBaseRemoteApp));
+static_assert(IsRowOf(ClassId::HashMap, kHashMap));
 
 const ClassTableRow* FindClassTableRow(const char* name) {
   if (!name) return nullptr;

@@ -55,11 +55,8 @@ WString Format(const std::tm& calendar) {
   char buffer[kLabelCapacity] = {};
   const size_t length = cLocale ? strftime_l(buffer, kLabelCapacity, "%c", &calendar, cLocale)
                                 : strftime(buffer, kLabelCapacity, "%c", &calendar);
-  WString label;
-  label.reserve(length);
-  for (size_t i = 0; i < length; ++i)
-    label += static_cast<WCHAR>(static_cast<unsigned char>(buffer[i]));
-  return label;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(buffer);
+  return WString(bytes, bytes + length);
 }
 
 #endif

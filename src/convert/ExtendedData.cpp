@@ -34,7 +34,7 @@ LocalObject GetExtendedData(Conversion& c, IHostNamedValues* attributes) {
 HRESULT PutExtendedMetrics(Conversion& c, const CJavaObject& javaSample, IHostSample* sample,
                            IHostEnumerator* metrics) {
   if (!metrics) return E_POINTER;
-  HRESULT last = S_OK;
+  HRESULT last;
   ScopedBstr name;
   ScopedVariant value;
   while ((last = metrics->Next(name.Receive(), value.Receive())) == S_OK) {

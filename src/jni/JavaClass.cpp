@@ -20,7 +20,6 @@ bool CJavaClass::Initialize(const MethodEntry* table, ULONGLONG count) {
     return false;
   }
   std::vector<jmethodID> ids;
-  ids.reserve(static_cast<size_t>(count));
   for (ULONGLONG i = 0; i < count; ++i) {
     const MethodEntry& row = table[i];
     if (!row.alias || !row.name || !row.signature) {

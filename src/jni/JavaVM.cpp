@@ -5,7 +5,6 @@
 
 #include "platform/JavaRuntime.h"
 
-#include <cassert>
 #include <climits>
 #include <functional>
 #include <tuple>
@@ -39,7 +38,7 @@ void CJavaVM::Unload() {
   ForgetClassesAndThreads();
   // The JVM goes on running on its own threads; unmapping its code under them would
   // bring the host down.
-  if (vm_) std::ignore = library_.Pin();
+  if (vm_) library_.Pin();
   vm_ = nullptr;
   creatingThread_ = 0;
   library_.Free();
@@ -50,10 +49,7 @@ LONG CJavaVM::Create(std::vector<std::string> options) {
   const HRESULT loaded = library_.Load(runtimeLibraryPath_, dllDirectory_);
   if (FAILED(loaded)) return loaded;
   const tarnix::CreateJavaVMFunction createJavaVM = library_.GetCreateJavaVM();
-  if (!createJavaVM) {
-    const DWORD error = GetLastError();
-    return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
-  }
+  if (!createJavaVM) return tarnix::platform::LastErrorResult();
   if (options.size() > static_cast<size_t>(INT_MAX)) return JNI_EINVAL;
 
   std::vector<JavaVMOption> jvmOptions(options.size());  // zero-filled: no extraInfo
@@ -80,7 +76,6 @@ CJavaVM::ThreadDetachGuard CJavaVM::MakeDetachGuard() {
   return ThreadDetachGuard(this, [thread](CJavaVM* machine) {
     // Only the attached thread can detach itself; a guard released elsewhere would
     // detach the wrong thread.
-    assert(thread == GetCurrentThreadId() && "thread guard released on another thread");
     if (thread == GetCurrentThreadId()) std::ignore = machine->DetachCurrentThread();
   });
 }

@@ -30,11 +30,7 @@ HRESULT RuntimeLibrary::Load(const WString& path, const WString& dllDirectory) {
     ScopedDllDirectory searchDirectory(dllDirectory);
     module_ = LoadLibraryW(path.c_str());
   }
-  if (!module_) {
-    const DWORD error = GetLastError();
-    return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
-  }
-  return S_OK;
+  return module_ ? S_OK : platform::LastErrorResult();
 }
 
 CreateJavaVMFunction RuntimeLibrary::GetCreateJavaVM() const {
@@ -44,12 +40,12 @@ CreateJavaVMFunction RuntimeLibrary::GetCreateJavaVM() const {
   return reinterpret_cast<CreateJavaVMFunction>(entry);
 }
 
-bool RuntimeLibrary::Pin() const {
+void RuntimeLibrary::Pin() const {
   const CreateJavaVMFunction inside = GetCreateJavaVM();
-  if (!inside) return false;
+  if (!inside) return;
   HMODULE pinned = nullptr;
-  return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                            reinterpret_cast<LPCWSTR>(inside), &pinned) != FALSE;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                     reinterpret_cast<LPCWSTR>(inside), &pinned);
 }
 
 void RuntimeLibrary::Free() {

@@ -25,7 +25,7 @@ class RuntimeLibrary {
   CreateJavaVMFunction GetCreateJavaVM() const;
   void Free();
   // Keeps the library mapped until the process ends, whatever frees it later.
-  [[nodiscard]] bool Pin() const;
+  void Pin() const;
 
   HMODULE Get() const { return module_; }
 

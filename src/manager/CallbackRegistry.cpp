@@ -33,7 +33,6 @@ size_t CallbackRegistry::CallbackCount(const CallbackKey& key) const {
 
 CallbackRegistry::Callbacks CallbackRegistry::Copy(const Collection& collection) {
   Callbacks callbacks;
-  callbacks.reserve(collection.size());
   for (const auto& entry : collection) callbacks.push_back(entry.second);
   return callbacks;
 }

@@ -22,12 +22,12 @@ using Reader = HRESULT (STDMETHODCALLTYPE ISystemInfo::*)(BSTR*);
                                      const WCHAR* failure, WString* text) {
   ScopedBstr value;
   const HRESULT hr = (systemInfo->*read)(value.Receive());
-  if (FAILED(hr)) {
+  if (SUCCEEDED(hr)) {
+    *text = value.Text();
+  } else {
     log.ErrorWithCode(failure, hr);
-    return hr;
   }
-  *text = value.Text();
-  return S_OK;
+  return hr;
 }
 
 // A marshalling registration the host lost makes the read fail with E_UNEXPECTED; it

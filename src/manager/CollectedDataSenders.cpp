@@ -63,8 +63,8 @@ DispatchOutcome SendSample(const DispatchCall& call) {
   const std::shared_ptr<CJavaObject> javaSample =
       convertor.GetSample(call.machine, sample.Get(), sessions.Get());
   if (!javaSample) return {E_FAIL, nullptr};
-  return {S_OK,
-          call.client.CallStringMethod(Client::onDataCollected, *connection.object, *javaSample)};
+  return DispatchOutcome::Sent(
+      call.client.CallStringMethod(Client::onDataCollected, *connection.object, *javaSample));
 }
 
 DispatchOutcome SendExtendedData(const DispatchCall& call) {
@@ -91,10 +91,9 @@ DispatchOutcome SendExtendedData(const DispatchCall& call) {
       call.machine, QueryData<IHostSample>(call.data, IID_IHostSample).Get(),
       extendedMetrics.Get());
   if (!javaSample) return {E_FAIL, nullptr, std::move(refused)};
-  return {S_OK,
-          call.client.CallStringMethod(Client::onExtendedDataCollected, *connection.object, *map,
-                                       *javaSample),
-          std::move(refused)};
+  return DispatchOutcome::Sent(call.client.CallStringMethod(Client::onExtendedDataCollected,
+                                                            *connection.object, *map, *javaSample),
+                               std::move(refused));
 }
 
 DispatchOutcome SendTraceRoute(const DispatchCall& call) {
@@ -149,8 +148,8 @@ DispatchOutcome SendDesktopPoll(const DispatchCall& call) {
   if (!desktop) return desktop.Failure();
   const std::shared_ptr<CJavaString> empty = RequiredString(*call.machine, WString());
   if (!empty) return {E_FAIL, nullptr};
-  return {S_OK, call.client.CallStringMethod(Client::onDesktopPoll, *connection.object,
-                                             JavaNumber(call), *empty)};
+  return DispatchOutcome::Sent(call.client.CallStringMethod(
+      Client::onDesktopPoll, *connection.object, JavaNumber(call), *empty));
 }
 
 }  // namespace tarnix

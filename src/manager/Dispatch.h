@@ -38,6 +38,11 @@ struct DispatchOutcome {
   DispatchOutcome(HRESULT result, std::shared_ptr<CJavaString> answer,
                   std::optional<WString> failure = std::nullopt)
       : result(result), answer(std::move(answer)), failure(std::move(failure)) {}
+  // The message went out; the answer is the server's, or empty when it gave none.
+  static DispatchOutcome Sent(std::shared_ptr<CJavaString> answer,
+                              std::optional<WString> failure = std::nullopt) {
+    return {S_OK, std::move(answer), std::move(failure)};
+  }
 
   HRESULT result = S_OK;
   std::shared_ptr<CJavaString> answer;

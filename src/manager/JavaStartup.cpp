@@ -14,11 +14,6 @@ namespace {
 
 bool EndsWith(const WString& text, WCHAR last) { return !text.empty() && text.back() == last; }
 
-HRESULT LastErrorResult() {
-  const DWORD error = GetLastError();
-  return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
-}
-
 // The folder of the pattern's full path, up to and including its last separator.
 [[nodiscard]] bool SearchRoot(const WCHAR* pattern, WString* root) {
   WCHAR full[MAX_PATH] = {};
@@ -100,7 +95,7 @@ HRESULT AppendJarsOfDirectory(const HostLog& log, const WCHAR* pattern, std::str
     SetLastError(ERROR_INVALID_NAME);
   }
   if (!find) {
-    const HRESULT hr = LastErrorResult();
+    const HRESULT hr = platform::LastErrorResult();
     log.ErrorWithCode(WSTR("Failed to enumerate class path directory '%s'."), hr, search);
     return hr;
   }

@@ -70,9 +70,9 @@ void PutLastSample(const DispatchCall& call, const CJavaObject& javaSession) {
 DispatchOutcome SendLogon(const DispatchCall& call) {
   const SessionWithDesktop parts(call);
   if (!parts.Ready()) return parts.failure;
-  return {S_OK, call.client.CallStringMethod(Client::onUserLogon, *parts.connection.object,
-                                             *parts.desktop.object, JavaNumber(call),
-                                             *parts.session.object)};
+  return DispatchOutcome::Sent(
+      call.client.CallStringMethod(Client::onUserLogon, *parts.connection.object,
+                                   *parts.desktop.object, JavaNumber(call), *parts.session.object));
 }
 
 DispatchOutcome SendRefresh(const DispatchCall& call) {

@@ -16,7 +16,8 @@ DispatchOutcome SendStartup(const DispatchCall& call) {
   if (!text) return {E_FAIL, nullptr};
   const Converted connection = ConvertConnection(call);
   if (!connection) return connection.Failure();
-  return {S_OK, call.client.CallStringMethod(Client::onStartup, text, *connection.object)};
+  return DispatchOutcome::Sent(
+      call.client.CallStringMethod(Client::onStartup, text, *connection.object));
 }
 
 }  // namespace tarnix

@@ -13,3 +13,13 @@
 
 // Wide text as the component keeps it: UTF-16 on every platform.
 using WString = std::basic_string<WCHAR>;
+
+namespace tarnix::platform {
+
+// The calling thread's last error as a result; E_FAIL when the failed call left none.
+inline HRESULT LastErrorResult() {
+  const DWORD error = GetLastError();
+  return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
+}
+
+}  // namespace tarnix::platform
