@@ -10,6 +10,7 @@
 #include "platform/ScopedBstr.h"
 #include "platform/ScopedSafeArray.h"
 
+#include <optional>
 #include <tuple>
 
 namespace tarnix {
@@ -65,23 +66,22 @@ const HRESULT kEmptyValue = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 
 // A value of the key as text: strings as they are, a multi-string joined with nothing
 // between its strings, a number in decimal.
-[[nodiscard]] bool ValueText(const RegistryValues& values, const WCHAR* name, WString* text) {
+[[nodiscard]] std::optional<WString> ValueText(const RegistryValues& values, const WCHAR* name) {
   const auto found = values.find(name);
-  if (found == values.end()) return false;
+  if (found == values.end()) return std::nullopt;
   const VARIANT& value = found->second.Get();
   if (value.vt == (VT_ARRAY | VT_BSTR)) {
     ScopedSafeArrayAccess<BSTR> strings(value.parray);
-    if (!strings.Valid()) return false;
-    text->clear();
-    for (BSTR piece : strings) *text += BstrText(piece);
-    return true;
+    if (!strings.Valid()) return std::nullopt;
+    WString text;
+    for (BSTR piece : strings) text += BstrText(piece);
+    return text;
   }
   ScopedVariant converted;
   if (FAILED(VariantChangeType(converted.Receive(), found->second.AsInput(), 0, VT_BSTR))) {
-    return false;
+    return std::nullopt;
   }
-  *text = BstrText(converted.Get().bstrVal);
-  return true;
+  return BstrText(converted.Get().bstrVal);
 }
 
 // The caller's three outputs during GetServerInfo. Each source writes into slots of its
@@ -188,17 +188,18 @@ LONG LoadKeyServerInfo(WCHAR* keyPath, WCHAR** url, WCHAR** serviceValue, WCHAR*
     log.ErrorWithCode(kReadKeyFailed, hr);
     return hr;
   }
-  WString urlText, certificateText;
-  if (!ValueText(values, kUrlValue, &urlText)) {
+  const std::optional<WString> urlText = ValueText(values, kUrlValue);
+  if (!urlText) {
     log.Error(kUrlMissing);
     return E_FAIL;
   }
-  if (!ValueText(values, kCertificateValue, &certificateText)) {
+  const std::optional<WString> certificateText = ValueText(values, kCertificateValue);
+  if (!certificateText) {
     log.Error(kCertificateMissing);
     return E_FAIL;
   }
-  if (url) *url = NewBstr(urlText).Release();
-  if (certificate) *certificate = NewBstr(certificateText).Release();
+  if (url) *url = NewBstr(*urlText).Release();
+  if (certificate) *certificate = NewBstr(*certificateText).Release();
 
   ComPtr<ISystemInfo> info;
   hr = ObtainSystemInfo(&info);
