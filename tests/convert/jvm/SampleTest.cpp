@@ -25,11 +25,9 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
 
   auto editor = MakeHostObject<FakeSample>();
   editor->AddMetric(WSTR("appCpu"), I4(1));
-  auto idle = MakeHostObject<FakeSample>();  // an application without metrics is not sent
   auto annInstance = MakeHostObject<FakeSample>();
   annInstance->AddMetric(WSTR("sessionCpu"), I4(3))
-      .AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get())
-      .AddToCollection(WSTR("remoteApps"), WSTR("idle"), idle.Get());
+      .AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get());
   auto bobInstance = MakeHostObject<FakeSample>();
   bobInstance->AddMetric(WSTR("sessionCpu"), R8(4.5));
   auto goneInstance = MakeHostObject<FakeSample>();
