@@ -11,9 +11,6 @@ class UserSessionTest : public ConvertTest {
   std::shared_ptr<CJavaObject> Convert(const ComPtr<FakeUserSession>& session) {
     return Convertor().GetUserSession(VmRef(), ComPtr<IHostUserSession>(session.Get()));
   }
-  std::shared_ptr<CJavaObject> NewSession() {
-    return Convert(MakeHostObject<FakeUserSession>(3, WSTR("S-3"), WSTR("ann"), WSTR("CORP")));
-  }
 };
 
 TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
@@ -82,7 +79,8 @@ TEST_F(UserSessionTest, IdentityFailuresDropTheSessionSilentlyAndTheReferenceIsR
 }
 
 TEST_F(UserSessionTest, OnlyApplicationsWithMetricsAreAddedAndAnnounced) {
-  auto session = NewSession();
+  auto session =
+      Convert(MakeHostObject<FakeUserSession>(3, WSTR("S-3"), WSTR("ann"), WSTR("CORP")));
   ASSERT_TRUE(session);
   Convertor().PutRemoteApps(VmRef(), *session, MakeHostObject<FakeSample>().Get());
   EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
