@@ -291,6 +291,11 @@ TEST_F(ServerInfo, FailingNamedKeyIsLoggedAndThePolicyKeyDecides) {
   Outputs rooted;
   EXPECT_EQ(GetServerInfo(WSTR("HKEY_LOCAL_MACHINE\\") + kPolicyKey, &rooted), S_OK);
   ExpectLines({"E: ", "E: " + kReadKeyFailed, "E: "});
+  // A caller that asks for no unique id gets the key's values alone.
+  WString path = kPolicyKey;
+  Outputs noId;
+  EXPECT_EQ(LoadKeyServerInfo(&path[0], &noId.url, nullptr, &noId.certificate), S_OK);
+  EXPECT_EQ(noId.Url(), "https://policy");
 }
 
 TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
