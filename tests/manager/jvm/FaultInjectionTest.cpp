@@ -87,14 +87,12 @@ Expected Identity(const std::string& call, unsigned char type) {
             "wchar_t *,unsigned __int64,unsigned char,struct IUnknown *)" +
                 kHostSuffix};
   }
-  if (call == "ISystemInfo::get_machineId") {
-    return {Outcome::HostCode, "Failed to get machine id" + kHostSuffix};
-  }
-  if (call == "ISystemInfo::get_virtualMachineId") {
-    return {Outcome::HostCode, "Failed to get virtual machine id" + kHostSuffix};
-  }
-  if (call == "ISystemInfo::get_uniqueId") {
-    return {Outcome::HostCode, "Failed to get machine unique id" + kHostSuffix};
+  static const std::map<std::string, std::string> kIdentifiers = {
+      {"ISystemInfo::get_machineId", "machine id"},
+      {"ISystemInfo::get_virtualMachineId", "virtual machine id"},
+      {"ISystemInfo::get_uniqueId", "machine unique id"}};
+  if (const auto found = kIdentifiers.find(call); found != kIdentifiers.end()) {
+    return {Outcome::HostCode, "Failed to get " + found->second + kHostSuffix};
   }
   // Logged and passed over, but the call answers its code when no answer decides it.
   return {AnswerIsHandled(type) ? Outcome::AsClean : Outcome::HostCode,
