@@ -31,12 +31,7 @@ namespace {
 constexpr int kHostThreads = 8;
 constexpr const char* kRuntimeLibrary = MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so";
 
-// Calls per host thread: TARNIX_CONCURRENCY_CALLS, or the default.
-int CallsPerThread(int fallback) {
-  const char* text = std::getenv("TARNIX_CONCURRENCY_CALLS");
-  const int calls = text ? std::atoi(text) : 0;
-  return calls > 0 ? calls : fallback;
-}
+constexpr int kCallsPerThread = 10000;
 
 // One kind of call a host thread makes, and the codes that input allows.
 struct Case {
@@ -233,7 +228,7 @@ class ManagerConcurrency : public JvmHostTest {
 };
 
 TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo) {
-  const int calls = CallsPerThread(10000);
+  const int calls = kCallsPerThread;
   StartOnStarter();
   ASSERT_EQ(started_.value_or(E_UNEXPECTED), S_OK) << Logger().Dump();
   hostsim::JniGlobalReferences(kRuntimeLibrary);  // its own first use makes references
@@ -275,7 +270,7 @@ TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo
 }
 
 TEST_F(ManagerConcurrency, TheStartingThreadEndsWhileOthersAreCalling) {
-  const int fewer = CallsPerThread(10000) / 10;
+  const int fewer = kCallsPerThread / 10;
   StartOnStarter();
   ASSERT_EQ(started_.value_or(E_UNEXPECTED), S_OK) << Logger().Dump();
   std::atomic<long> progress{0};
