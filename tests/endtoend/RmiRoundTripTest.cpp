@@ -2,16 +2,14 @@
 // RMI to a message server in its own process, as the server gets it, and back. That many
 // calls leave Java's global references as they were is the concurrency suite's check (and
 // the host simulator's soak mode's).
-#include "RmiHost.h"
-
 #include "HostData.h"
+#include "JvmHost.h"
+#include "MessageServerProcess.h"
 #include "fixtures/FakeCallbacks.h"
 #include "tarnix/DataType.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <memory>
 
 namespace tarnix::testing {
@@ -27,7 +25,35 @@ struct Delivery {
   std::vector<std::string> fragments;  // each must be in the received line
 };
 
-using RmiRoundTrip = RmiHostTest;
+// The manager suites' host (the agent's settings, the described machine, a manager of its
+// own) with a message server in a process of its own, on `port` (0: a free one).
+class RmiRoundTrip : public ManagerJvmTest {
+ protected:
+  void TearDown() override {
+    manager_.reset();
+    server_.reset();
+    ManagerJvmTest::TearDown();
+  }
+  hostsim::MessageServerProcess& StartServer(int port = 0) {
+    hostsim::MessageServerOptions options;
+    options.java = MANAGER_TEST_JAVA_HOME "/bin/java";
+    options.classPath = ENDTOEND_SERVER_CLASSPATH;
+    options.port = port;
+    server_.reset();
+    server_ = std::make_unique<hostsim::MessageServerProcess>(options);
+    EXPECT_TRUE(server_->Running()) << server_->Failure();
+    if (server_->Running()) url_ = Utf8ToWide(server_->Url());
+    return *server_;
+  }
+  void StopServer() { EXPECT_TRUE(server_->Stop()); }
+  hostsim::MessageServerProcess& Server() { return *server_; }
+  LONG Dump(unsigned char type, IUnknown* data = nullptr, ULONGLONG number = 42) {
+    return manager_->DumpData(url_.c_str(), kAuthToken, kCertificate, number, type, data);
+  }
+
+  std::unique_ptr<hostsim::MessageServerProcess> server_;
+  WString url_;
+};
 
 TEST_F(RmiRoundTrip, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   hostsim::DescribeDesktop(SystemInfo());
@@ -35,7 +61,7 @@ TEST_F(RmiRoundTrip, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   StartServer();
   ASSERT_TRUE(Server().SetAnswer("onStartup", "policy-text"));
   auto callback = MakeHostObject<DataDumpInbox>();
-  manager_->Register(Url().c_str(), kAuthToken, kCertificate, callback.Get());
+  manager_->Register(url_.c_str(), kAuthToken, kCertificate, callback.Get());
   const std::string desktop =
       "DesktopInformation{name=\"DESK-0042\", FQDN=\"desk-0042.corp.example\"";
   const std::string wired = "macAddress=\"00-1A-2B-3C-4D-5E\", ipAddress=\"10.20.30.40\"";
@@ -114,7 +140,7 @@ TEST_F(RmiRoundTrip, TheServerGetsOneCallOfTheRightMethodWithEverythingInIt) {
   ASSERT_EQ(callback->Answers().size(), 1u);
   EXPECT_EQ(callback->Answers()[0].dataType, eStartup);
   EXPECT_EQ(WideToUtf8(callback->Answers()[0].text), "policy-text");
-  manager_->Unregister(Url().c_str(), kAuthToken, kCertificate, callback.Get());
+  manager_->Unregister(url_.c_str(), kAuthToken, kCertificate, callback.Get());
 }
 
 TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestartingTheHost) {
@@ -141,42 +167,6 @@ TEST_F(RmiRoundTrip, AStoppedServerIsANetworkFailureUntilItIsBackWithoutRestarti
   EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
   EXPECT_EQ(Server().Received().size(), 1u);
   EXPECT_TRUE(Lines(Logger(), LogOperation::Error).empty()) << Logger().Dump();
-}
-
-TEST_F(RmiRoundTrip, ASlowServerIsWaitedForUntilTheClientGivesUp) {
-  // The client waits this long for an answer; the JVM reads it when it starts.
-  const char* options = std::getenv("JAVA_TOOL_OPTIONS");
-  setenv("JAVA_TOOL_OPTIONS",
-         ((options ? std::string(options) + " " : std::string()) +
-          "-Dsun.rmi.transport.tcp.responseTimeout=2000")
-             .c_str(),
-         1);
-  StartServer();
-  ASSERT_TRUE(Server().SetAnswer("onStartup", "policy-text"));
-  auto callback = MakeHostObject<DataDumpInbox>();
-  manager_->Register(Url().c_str(), kAuthToken, kCertificate, callback.Get());
-
-  // Slow, but within the client's patience: the answer still arrives.
-  ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(300)));
-  EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
-  ASSERT_EQ(callback->Answers().size(), 1u);
-  EXPECT_EQ(WideToUtf8(callback->Answers()[0].text), "policy-text");
-
-  // Slower than that: the send fails as the network does, and nothing reaches the host.
-  ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(5000)));
-  Logger().Clear();
-  EXPECT_EQ(Dump(eStartup), kNetworkUnavailable);
-  const auto errors = ExpectErrors(
-      Logger(), {"Failed to send data with type eStartup to the message server.  java.rmi."});
-  EXPECT_NE(errors[0].find("java.net.SocketTimeoutException"), std::string::npos) << errors[0];
-  EXPECT_EQ(callback->Answers().size(), 1u);
-
-  // Back to speed, the same host goes on.
-  ASSERT_TRUE(Server().SetDelay(std::chrono::milliseconds(0)));
-  EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
-  EXPECT_EQ(callback->Answers().size(), 2u);
-  EXPECT_EQ(Server().Received().size(), 3u);
-  manager_->Unregister(Url().c_str(), kAuthToken, kCertificate, callback.Get());
 }
 
 TEST_F(RmiRoundTrip, ANameNobodyIsBoundUnderIsANetworkFailure) {

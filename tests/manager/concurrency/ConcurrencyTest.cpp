@@ -17,14 +17,11 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <set>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -34,40 +31,7 @@ namespace {
 constexpr int kHostThreads = 8;
 constexpr const char* kRuntimeLibrary = MANAGER_TEST_JAVA_HOME "/lib/server/libjvm.so";
 
-// Calls per host thread: TARNIX_CONCURRENCY_CALLS, or the default.
-int CallsPerThread(int fallback) {
-  const char* text = std::getenv("TARNIX_CONCURRENCY_CALLS");
-  const int calls = text ? std::atoi(text) : 0;
-  return calls > 0 ? calls : fallback;
-}
-
-// A deadlock shows as a test that never ends; this ends it with the threads' progress.
-class Watchdog {
- public:
-  Watchdog(std::function<std::string()> progress, std::chrono::seconds limit)
-      : thread_([this, progress = std::move(progress), limit] {
-          std::unique_lock<std::mutex> hold(lock_);
-          if (done_.wait_for(hold, limit, [this] { return finished_; })) return;
-          std::fprintf(stderr, "no progress for %lld s, deadlocked?\n%s\n",
-                       static_cast<long long>(limit.count()), progress().c_str());
-          std::fflush(stderr);
-          std::abort();
-        }) {}
-  ~Watchdog() {
-    {
-      std::lock_guard<std::mutex> hold(lock_);
-      finished_ = true;
-    }
-    done_.notify_all();
-    thread_.join();
-  }
-
- private:
-  std::mutex lock_;
-  std::condition_variable done_;
-  bool finished_ = false;
-  std::thread thread_;
-};
+constexpr int kCallsPerThread = 10000;
 
 // One kind of call a host thread makes, and the codes that input allows.
 struct Case {
@@ -254,12 +218,6 @@ class ManagerConcurrency : public JvmHostTest {
     }
   }
 
-  static std::string Progress(const std::atomic<long>& calls, long expected) {
-    std::ostringstream text;
-    text << calls.load() << " of " << expected << " calls made";
-    return text.str();
-  }
-
   std::unique_ptr<CRMICommManagerImpl> manager_ = std::make_unique<CRMICommManagerImpl>();
   ComPtr<ActionInbox> executor_;
   std::thread starter_;
@@ -270,7 +228,7 @@ class ManagerConcurrency : public JvmHostTest {
 };
 
 TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo) {
-  const int calls = CallsPerThread(10000);
+  const int calls = kCallsPerThread;
   StartOnStarter();
   ASSERT_EQ(started_.value_or(E_UNEXPECTED), S_OK) << Logger().Dump();
   hostsim::JniGlobalReferences(kRuntimeLibrary);  // its own first use makes references
@@ -280,39 +238,23 @@ TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo
   std::atomic<long> progress{0};
   std::atomic<bool> stop{false};
   long churnRounds = 0;
-  std::vector<Tally> tallies;
-  {
-    Watchdog watchdog([&] { return Progress(progress, long(calls) * kHostThreads); },
-                      std::chrono::seconds(600));
-    std::thread churn([&] { ChurnCallbacks(stop, &churnRounds); });
-    // The stand-ins' call records are emptied as the threads go, or the client's heap fills
-    // up with them.
-    std::thread janitor([&] {
-      RawJava records;
-      while (!stop.load()) {
-        records.ClearCalls();
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
-      }
-    });
-    tallies = RunHostThreads(calls, false, &progress);
-    stop = true;
-    churn.join();
-    janitor.join();
-  }
+  std::thread churn([&] { ChurnCallbacks(stop, &churnRounds); });
+  // The stand-ins' call records are emptied as the threads go, or the client's heap fills
+  // up with them.
+  std::thread janitor([&] {
+    RawJava records;
+    while (!stop.load()) {
+      records.ClearCalls();
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+  });
+  const std::vector<Tally> tallies = RunHostThreads(calls, false, &progress);
+  stop = true;
+  churn.join();
+  janitor.join();
   RawJava().ClearCalls();
 
   ExpectAllowedCodes(tallies, {});
-  std::map<HRESULT, long> startupCodes;
-  for (const Tally& tally : tallies) {
-    for (const auto& [index, codes] : tally.results) {
-      if (MakeCases()[index].type == eStartup) {
-        for (const auto& [code, count] : codes) startupCodes[code] += count;
-      }
-    }
-  }
-  RecordProperty("calls", std::to_string(progress.load()));
-  RecordProperty("callback_rounds", std::to_string(churnRounds));
-  RecordProperty("startup_answers_delivered", std::to_string(startupCodes[S_OK]));
   EXPECT_EQ(progress.load(), long(calls) * kHostThreads);
   EXPECT_GT(churnRounds, 0);
   EXPECT_EQ(manager_->GetState(), eStateInitialized);
@@ -328,29 +270,24 @@ TEST_F(ManagerConcurrency, EveryKindOfDataFromManyThreadsWhileCallbacksComeAndGo
 }
 
 TEST_F(ManagerConcurrency, TheStartingThreadEndsWhileOthersAreCalling) {
-  const int calls = CallsPerThread(10000) / 10;
+  const int fewer = kCallsPerThread / 10;
   StartOnStarter();
   ASSERT_EQ(started_.value_or(E_UNEXPECTED), S_OK) << Logger().Dump();
   std::atomic<long> progress{0};
-  std::vector<Tally> tallies;
-  {
-    Watchdog watchdog([&] { return Progress(progress, long(calls) * kHostThreads); },
-                      std::chrono::seconds(600));
-    // The end arrives when the threads are well under way.
-    std::thread ender([&] {
-      while (progress.load() < long(calls) * kHostThreads / 4) std::this_thread::yield();
-      EndStarter();
-    });
-    tallies = RunHostThreads(calls, true, &progress);
-    ender.join();
-  }
+  // The end arrives when the threads are well under way.
+  std::thread ender([&] {
+    while (progress.load() < long(fewer) * kHostThreads / 4) std::this_thread::yield();
+    EndStarter();
+  });
+  std::vector<Tally> ending = RunHostThreads(fewer, true, &progress);
+  ender.join();
 
   // Before the end, each input answers its own codes; after it, every call is refused.
-  ExpectAllowedCodes(tallies, {E_FAIL});
-  for (size_t t = 0; t < tallies.size(); ++t) {
-    ASSERT_FALSE(tallies[t].afterEnd.empty()) << "thread " << t;
-    EXPECT_EQ(tallies[t].afterEnd.size(), 1u) << "thread " << t;
-    EXPECT_GT(tallies[t].afterEnd[E_FAIL], 0) << "thread " << t;
+  ExpectAllowedCodes(ending, {E_FAIL});
+  for (size_t t = 0; t < ending.size(); ++t) {
+    ASSERT_FALSE(ending[t].afterEnd.empty()) << "thread " << t;
+    EXPECT_EQ(ending[t].afterEnd.size(), 1u) << "thread " << t;
+    EXPECT_GT(ending[t].afterEnd[E_FAIL], 0) << "thread " << t;
   }
   EXPECT_GT(CountStartingWith(Logger(), U(messages::kRefusedAfterTeardown)), 0u);
   const auto recorded = RawJava().Calls();

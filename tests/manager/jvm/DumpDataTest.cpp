@@ -1,11 +1,11 @@
 // A DumpData from the host to the Java client and back, on the real JVM: what each kind
 // sends is the end-to-end suite's (over real RMI), what each failing host call does is the
-// fault walk's, and that a host thread leaves detached is the concurrency suite's; here, the
-// rest.
+// fault walk's, how the identity is gathered and described is the client identity suite's,
+// and that a host thread leaves detached is the concurrency suite's; here, failures inside
+// Java that no host call brings about, and the bridge under the messages.
 #include "JvmHost.h"
 
 #include "JvmTestSupport.h"
-#include "fixtures/FakeCallbacks.h"
 #include "fixtures/FakeDataObjects.h"
 #include "tarnix/DataType.h"
 
@@ -16,60 +16,7 @@
 namespace tarnix::testing {
 namespace {
 
-class ManagerDumpData : public ManagerJvmTest {
- protected:
-  ManagerDumpData() {
-    identities_->SetText(W("Verdant"), W("verdant-42"));
-    SystemInfo().SetComponentsIdentities(ComPtr<IHostNamedValues>(identities_.Get()));
-  }
-  void TearDown() override {
-    identities_.Reset();
-    ManagerJvmTest::TearDown();
-  }
-
-  ComPtr<FakeNamedValues> identities_ = MakeHostObject<FakeNamedValues>();
-};
-
-TEST_F(ManagerDumpData, StartupMessageDescribesTheClientAndItsAnswerReachesTheHost) {
-  auto callback = MakeHostObject<DataDumpInbox>();
-  ASSERT_EQ(manager_->Initialize(), S_OK);
-  JavaControl(*manager_->GetJavaVM()).SetAnswer("onStartup", std::string("policy-text"));
-  manager_->Register(WSTR("url"), kAuthToken, kCertificate, callback.Get());
-
-  EXPECT_EQ(Dump(eStartup), S_OK) << Logger().Dump();
-  const auto sends = Sends();
-  ASSERT_EQ(sends.size(), 1u);
-  EXPECT_EQ(sends[0].rfind("onStartup(\"<client><type>DesktopAgent</type><name>DESK-01</name>"
-                           "<id>verdant-42</id><version>6.6.0.10866517</version><uniqueid>vm-7"
-                           "</uniqueid></client>\", DesktopConnection{id=\"verdant-42\", "
-                           "authToken=\"" +
-                               U(kAuthToken) + "\", uniqueId=\"vm-7\", version=394752",
-                           0),
-            0u)
-      << sends[0];
-  ASSERT_EQ(callback->Answers().size(), 1u);
-  EXPECT_EQ(callback->Answers()[0].dataType, eStartup);
-  EXPECT_EQ(U(callback->Answers()[0].text), "policy-text");
-  EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
-  manager_->Unregister(WSTR("url"), kAuthToken, kCertificate, callback.Get());
-}
-
-// A failing identifier ends the call before Java; unreadable component identities do not
-// stop it, but it answers their code when no answer decides it.
-TEST_F(ManagerDumpData, IdentityDecidesBeforeJavaAndCarriesItsFailure) {
-  ASSERT_EQ(manager_->Initialize(), S_OK);
-  SystemInfo().Fail(SystemInfoSlot::VirtualMachineId, E_ACCESSDENIED);
-  EXPECT_EQ(Dump(eStartup), E_ACCESSDENIED);
-  EXPECT_TRUE(Sends().empty());
-  SystemInfo().Fail(SystemInfoSlot::VirtualMachineId, S_OK);
-
-  SystemInfo().Fail(SystemInfoSlot::ComponentsIdentities, E_ACCESSDENIED);
-  JavaControl(*manager_->GetJavaVM()).SetAnswer("onStartup", std::nullopt);
-  EXPECT_EQ(Dump(eStartup), E_ACCESSDENIED);
-  const auto sends = Sends();
-  ASSERT_EQ(sends.size(), 1u);
-  EXPECT_NE(sends[0].find("<id>machine-1</id>"), std::string::npos) << sends[0];
-}
+using ManagerDumpData = ManagerJvmTest;
 
 // A map that refused one attribute still goes out with the others; the call then ends
 // in the send-failure line with the refusal's text, and in nothing else.
@@ -155,6 +102,35 @@ TEST_F(ManagerDumpData, TheBridgeCallsOnceAndLetsGoFromAnyThread) {
     env->DeleteWeakGlobalRef(weak);
   }
   env->DeleteLocalRef(system);
+}
+
+// The poll's text is made after the desktop: a JVM out of memory by then fails the poll.
+TEST_F(ManagerDumpData, APollWhoseTextJavaCannotMakeFails) {
+  SystemInfo().SetNetworkInterfaces([] {
+    return MakeAdapterArray(
+        {{W("eth0"), W("00-11"), W("10.0.0.5"), W("255.0.0.0"), W("10.0.0.0"), 1}});
+  });
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  CJavaVM& vm = *manager_->GetJavaVM();
+  JavaControl(vm).ThrowIn("DesktopInformation.addNetworkInterface", "java.lang.Error", "no");
+  Logger().OnLine([&vm](const WString& line) {
+    if (line.rfind(WSTR("Failed to add network interface"), 0) != 0) return;
+    JNIEnv* env = vm.GetEnv();
+    env->ThrowNew(env->FindClass("java/lang/OutOfMemoryError"), "full");
+  });
+  const LONG hr = manager_->DumpData(WSTR("url"), WSTR("t"), WSTR("c"), 1, eDesktopPoll, nullptr);
+  Logger().OnLine(nullptr);
+  EXPECT_EQ(static_cast<uint32_t>(hr), 0x80004005u) << Logger().Dump();
+}
+
+TEST_F(ManagerDumpData, AFailedDisposeLeavesNoExceptionPending) {
+  ASSERT_EQ(manager_->Initialize(), S_OK);
+  JavaControl(*manager_->GetJavaVM())
+      .ThrowIn("DesktopMessageClient.dispose", "java.lang.Error", "no");
+  EXPECT_EQ(manager_->Teardown(), S_OK);
+  JNIEnv* env = nullptr;
+  ASSERT_EQ(RunningJavaVM()->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6), JNI_OK);
+  EXPECT_FALSE(env->ExceptionCheck());
 }
 
 }  // namespace

@@ -23,8 +23,6 @@ void JvmHostTest::WriteSettings(const AgentSettings& settings) {
   set(AgentKeyPath(), "ClassPath", settings.classPath);
   set(AgentKeyPath(), "LogDirectory", settings.logDirectory);
   set(AgentKeyPath(), "ConfigDirectory", settings.configDirectory);
-  set(kHostDesktopKeyPath, "JavaHome", settings.javaHome);
-  set(kHostDesktopKeyPath, "AgentInstallPath", settings.agentInstallPath);
   registry_.Apply();
 }
 
@@ -82,8 +80,24 @@ RawJava::~RawJava() {
   if (attached_) vm_->DetachCurrentThread();
 }
 
-std::string RawJava::Text(jstring text) {
-  if (!text) return "<null>";
+std::optional<std::string> RawJava::CallStatic(const char* className, const char* method,
+                                               const char* signature, jvalue argument) {
+  if (!env_) return std::nullopt;
+  const jclass type = env_->FindClass(className);
+  const jmethodID id = type ? env_->GetStaticMethodID(type, method, signature) : nullptr;
+  jstring text = nullptr;
+  if (id && std::string(signature).back() == 'V') {
+    env_->CallStaticVoidMethodA(type, id, &argument);
+  } else if (id) {
+    text = static_cast<jstring>(env_->CallStaticObjectMethodA(type, id, &argument));
+  }
+  if (type) env_->DeleteLocalRef(type);
+  if (env_->ExceptionCheck() || !id) {
+    env_->ExceptionClear();
+    ADD_FAILURE() << className << "." << method;
+    return std::nullopt;
+  }
+  if (!text) return std::nullopt;
   const char* chars = env_->GetStringUTFChars(text, nullptr);
   std::string result = chars ? chars : "";
   if (chars) env_->ReleaseStringUTFChars(text, chars);
@@ -91,68 +105,28 @@ std::string RawJava::Text(jstring text) {
   return result;
 }
 
-std::string RawJava::StaticString(const char* className, const char* method, const char* signature,
-                                  jvalue* arguments) {
-  if (!env_) return {};
-  const jclass type = env_->FindClass(className);
-  if (!type) {
-    env_->ExceptionClear();
-    ADD_FAILURE() << className;
-    return {};
-  }
-  const jmethodID id = env_->GetStaticMethodID(type, method, signature);
-  const jstring text =
-      id ? static_cast<jstring>(env_->CallStaticObjectMethodA(type, id, arguments)) : nullptr;
-  env_->DeleteLocalRef(type);
-  if (env_->ExceptionCheck() || !id) {
-    env_->ExceptionClear();
-    ADD_FAILURE() << className << "." << method;
-    return {};
-  }
-  return Text(text);
-}
-
 std::string RawJava::SystemProperty(const char* name) {
   if (!env_) return {};
   jvalue argument{};
   argument.l = env_->NewStringUTF(name);
-  std::string value = StaticString("java/lang/System", "getProperty",
-                                   "(Ljava/lang/String;)Ljava/lang/String;", &argument);
+  std::string value = CallStatic("java/lang/System", "getProperty",
+                                 "(Ljava/lang/String;)Ljava/lang/String;", argument)
+                          .value_or("");
   env_->DeleteLocalRef(argument.l);
   return value;
 }
 
 std::vector<std::string> RawJava::Calls() {
   std::vector<std::string> calls;
-  if (!env_) return calls;
-  const jclass type = env_->FindClass("com/tarnix/testing/Calls");
-  const jmethodID count = type ? env_->GetStaticMethodID(type, "count", "()I") : nullptr;
-  const jint n = count ? env_->CallStaticIntMethod(type, count) : 0;
-  if (type) env_->DeleteLocalRef(type);
-  if (!Checked("Calls.count")) return calls;
-  for (jint i = 0; i < n; ++i) {
-    jvalue index{};
-    index.i = i;
-    calls.push_back(
-        StaticString("com/tarnix/testing/Calls", "get", "(I)Ljava/lang/String;", &index));
+  jvalue index{};
+  for (index.i = 0;; ++index.i) {
+    std::optional<std::string> call =
+        CallStatic("com/tarnix/testing/Calls", "get", "(I)Ljava/lang/String;", index);
+    if (!call) return calls;
+    calls.push_back(std::move(*call));
   }
-  return calls;
 }
 
-void RawJava::ClearCalls() {
-  if (!env_) return;
-  const jclass type = env_->FindClass("com/tarnix/testing/Calls");
-  const jmethodID clear = type ? env_->GetStaticMethodID(type, "clear", "()V") : nullptr;
-  if (clear) env_->CallStaticVoidMethod(type, clear);
-  if (type) env_->DeleteLocalRef(type);
-  Checked("Calls.clear");
-}
-
-bool RawJava::Checked(const char* what) {
-  if (!env_->ExceptionCheck()) return true;
-  env_->ExceptionClear();
-  ADD_FAILURE() << what << " threw";
-  return false;
-}
+void RawJava::ClearCalls() { CallStatic("com/tarnix/testing/Calls", "clear", "()V", jvalue{}); }
 
 }  // namespace tarnix::testing

@@ -24,8 +24,6 @@ struct AgentSettings {
   std::optional<std::string> classPath = std::string(MANAGER_TEST_JAR_DIR);
   std::optional<std::string> logDirectory = std::string("/tmp/tarnix-agent-logs");
   std::optional<std::string> configDirectory = std::string("/tmp/tarnix-agent-config");
-  std::optional<std::string> javaHome;
-  std::optional<std::string> agentInstallPath;
 };
 
 class JvmHostTest : public HostTest {
@@ -82,11 +80,10 @@ class RawJava {
   void ClearCalls();
 
  private:
-  std::string StaticString(const char* className, const char* method, const char* signature,
-                           jvalue* arguments);
-  std::string Text(jstring text);
-  // False (with the exception cleared and the test failed) when the last call threw.
-  bool Checked(const char* what);
+  // A static method's text answer (nullopt for none, or, with the test failed, when it
+  // threw); the argument is for methods that take one.
+  std::optional<std::string> CallStatic(const char* className, const char* method,
+                                        const char* signature, jvalue argument);
 
   JavaVM* vm_ = nullptr;
   JNIEnv* env_ = nullptr;

@@ -11,8 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 #include <thread>
 
 namespace tarnix::testing {
@@ -35,23 +34,14 @@ class ManagerLifetime : public JvmHostTest {
 };
 
 TEST_F(ManagerLifetime, RacingFirstCallsStartJavaOnce) {
-  std::mutex lock;
-  std::condition_variable changed;
-  int arrived = 0, done = 0;
+  std::atomic<int> arrived{0}, done{0};
   LONG results[2] = {E_UNEXPECTED, E_UNEXPECTED};
   // Both threads call at once, and both stay until both calls are over: the starting
   // thread's end would end the manager for the other.
   auto caller = [&](int index) {
-    std::unique_lock<std::mutex> hold(lock);
-    ++arrived;
-    changed.notify_all();
-    changed.wait(hold, [&] { return arrived == 2; });
-    hold.unlock();
+    for (++arrived; arrived.load() < 2;) std::this_thread::yield();
     results[index] = Dump();
-    hold.lock();
-    ++done;
-    changed.notify_all();
-    changed.wait(hold, [&] { return done == 2; });
+    for (++done; done.load() < 2;) std::this_thread::yield();
   };
   std::thread first(caller, 0), second(caller, 1);
   first.join();

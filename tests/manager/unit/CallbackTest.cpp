@@ -6,11 +6,10 @@
 #include "fixtures/TestRegistry.h"
 #include "manager/AnswerDelivery.h"
 #include "manager/CommManagerImpl.h"
+#include "platform/UniqueAny.h"
 #include "tarnix/DataType.h"
 
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace tarnix::testing {
 namespace {
@@ -39,11 +38,6 @@ class SelfRemovingCallback : public HostObject<IDataDumpCallback> {
  private:
   CRMICommManagerImpl& manager_;
 };
-
-struct HandleCloser {
-  void operator()(void* handle) const { CloseHandle(handle); }
-};
-using OwnedHandle = std::unique_ptr<void, HandleCloser>;
 
 TEST_F(ManagerCallbacks, AnswersReachTheirKeyOrTheOnlyKeyThereIs) {
   auto first = MakeHostObject<DataDumpInbox>();
@@ -121,10 +115,10 @@ TEST_F(ManagerCallbacks, StartupAnswerNobodyTakesForcesAPolicyUpdate) {
                 "Failed to open event for policy update" + U(ResultCodeSuffix(E_FAIL))}));
 
   Logger().Clear();
-  const OwnedHandle event(CreateEventW(nullptr, FALSE, FALSE, kPolicyUpdateEventName));
+  const UniqueHandle event(CreateEventW(nullptr, FALSE, FALSE, kPolicyUpdateEventName));
   ASSERT_TRUE(event);
   EXPECT_EQ(deliver(eStartup), E_FAIL);
-  EXPECT_EQ(WaitForSingleObject(event.get(), 10000), static_cast<DWORD>(WAIT_OBJECT_0));
+  EXPECT_EQ(WaitForSingleObject(event.Get(), 10000), static_cast<DWORD>(WAIT_OBJECT_0));
   EXPECT_EQ(Lines(Logger(), LogOperation::Info),
             std::vector<std::string>{"Force to update policy..."});
 
@@ -134,7 +128,7 @@ TEST_F(ManagerCallbacks, StartupAnswerNobodyTakesForcesAPolicyUpdate) {
   EXPECT_EQ(
       Lines(Logger(), LogOperation::Error),
       std::vector<std::string>{"Failed to CallCallback for eUserSessionLogon:(url, null, cert)"});
-  EXPECT_EQ(WaitForSingleObject(event.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
+  EXPECT_EQ(WaitForSingleObject(event.Get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
   EXPECT_TRUE(first->Answers().empty());
   EXPECT_TRUE(second->Answers().empty());
 }

@@ -99,26 +99,5 @@ TEST_F(ClientIdentityTest, LostMarshallingOfIdentitiesIsRepairedOnce) {
   EXPECT_EQ(identity.componentsResult, E_ACCESSDENIED);
 }
 
-// The failing identifier's code and line are the fault walk's; here, that nothing after it
-// is asked and nothing is filled in.
-TEST_F(ClientIdentityTest, AFailingIdentifierEndsTheGathering) {
-  const HRESULT hostFailure = static_cast<HRESULT>(0x80070015);
-  // Each failing slot, and the slot after it that must not be asked.
-  const std::pair<SystemInfoSlot, SystemInfoSlot> cases[] = {
-      {SystemInfoSlot::MachineId, SystemInfoSlot::VirtualMachineId},
-      {SystemInfoSlot::VirtualMachineId, SystemInfoSlot::UniqueId},
-      {SystemInfoSlot::UniqueId, SystemInfoSlot::ComponentsIdentities},
-  };
-  for (const auto& [failing, notAsked] : cases) {
-    const int before = SystemInfo().Calls(notAsked);
-    SystemInfo().Fail(failing, hostFailure);
-    ClientIdentity untouched;
-    EXPECT_EQ(Gather(&untouched), hostFailure) << static_cast<int>(failing);
-    EXPECT_EQ(SystemInfo().Calls(notAsked), before) << static_cast<int>(failing);
-    EXPECT_TRUE(untouched.machineIdentity.empty());
-    SystemInfo().Fail(failing, S_OK);
-  }
-}
-
 }  // namespace
 }  // namespace tarnix::testing
