@@ -41,13 +41,13 @@ using Reader = HRESULT (STDMETHODCALLTYPE ISystemInfo::*)(BSTR*);
   return hr;
 }
 
-[[nodiscard]] bool ReadTextItem(IHostNamedValues* values, const WCHAR* name, WString* text) {
+// An item the host cannot give, or cannot give as text, leaves the text as it was.
+void ReadTextItem(IHostNamedValues* values, const WCHAR* name, WString* text) {
   const ScopedBstr itemName = NewBstr(name, std::char_traits<WCHAR>::length(name));
   ScopedVariant value;
-  if (FAILED(values->get_Item(itemName.Get(), value.Receive()))) return false;
-  if (FAILED(value.ChangeType(VT_BSTR))) return false;
+  if (FAILED(values->get_Item(itemName.Get(), value.Receive()))) return;
+  if (FAILED(value.ChangeType(VT_BSTR))) return;
   *text = BstrText(value.Get().bstrVal);
-  return true;
 }
 
 }  // namespace
@@ -79,7 +79,7 @@ HRESULT GatherIdentity(ISystemInfo* systemInfo, const HostLog& log, const WCHAR*
   if (FAILED(identity->componentsResult)) {
     log.ErrorWithCode(WSTR("Failed to get_componentsIdentities"), identity->componentsResult);
   } else if (identities) {
-    std::ignore = ReadTextItem(identities.Get(), WSTR("Verdant"), &identity->machineIdentity);
+    ReadTextItem(identities.Get(), WSTR("Verdant"), &identity->machineIdentity);
   }
   return S_OK;
 }

@@ -23,7 +23,6 @@ Converted ConvertConnection(const DispatchCall& call) {
 }
 
 Converted ConvertSession(const DispatchCall& call) {
-  if (!call.session) return {nullptr, E_FAIL};
   const CJNIConvertor convertor(call.log.Get());
   return ObjectOrFailure(
       convertor.GetUserSession(call.machine, ComPtr<IHostUserSession>(call.session)));

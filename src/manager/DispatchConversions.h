@@ -25,7 +25,7 @@ struct Converted {
 };
 
 [[nodiscard]] Converted ConvertConnection(const DispatchCall& call);
-// The call's user session; fails when the data is not one.
+// The call's user session; the caller has checked that the data is one.
 [[nodiscard]] Converted ConvertSession(const DispatchCall& call);
 [[nodiscard]] Converted ConvertDesktop(const DispatchCall& call);
 
