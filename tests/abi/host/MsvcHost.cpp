@@ -30,8 +30,6 @@ constexpr const WCHAR* kUrl = L"rmi://127.0.0.1:1099/adapter";
 constexpr const WCHAR* kCertificate = L"CERTIFICATE-TEXT";
 constexpr ULONGLONG kNumber = 0x0123456789ABCDEFull;
 
-constexpr LONG kFileNotFound = static_cast<LONG>(0x80070002);
-
 // The library and the stand-in Java runtime sit beside this program.
 Text g_runtimeHome;
 
@@ -133,19 +131,17 @@ void CheckFirstDumpData(Host& host, CRMICommManager& manager) {
 // on its copy. The outputs are the caller's to free.
 class ServerInfoCall {
  public:
-  // `text` null: the configuration is `object`, which the caller keeps.
-  explicit ServerInfoCall(const WCHAR* text, IUnknown* object = nullptr) {
+  explicit ServerInfoCall(const WCHAR* text) {
     VariantInit(&config_);
-    config_.vt = text ? VT_BSTR : VT_UNKNOWN;
-    if (text) config_.bstrVal = SysAllocString(text);
-    if (!text) config_.punkVal = object;
+    config_.vt = VT_BSTR;
+    config_.bstrVal = SysAllocString(text);
     before_ = config_;
   }
   ~ServerInfoCall() {
     SysFreeString(url);
     SysFreeString(serviceValue);
     SysFreeString(certificate);
-    if (config_.vt == VT_BSTR) VariantClear(&config_);
+    VariantClear(&config_);
   }
   LONG Call() {
     const LONG result = CRMIConfigLoader::GetServerInfo(config_, &url, &serviceValue, &certificate);
@@ -195,23 +191,6 @@ void CheckServerInfoFromDocument(Host& host) {
   VariantClear(&content);
 }
 
-// An object that is not a document: every source fails, and the outputs stay unset.
-void CheckServerInfoWithoutSource(Host& host) {
-  host.logger.Clear();
-  host::DeleteKey(kServerKey);
-  ServerInfoCall call(nullptr, &host.callback);
-  const ULONG references = host.callback.References();
-  CheckCode(call.Call(), kFileNotFound, "GetServerInfo with no source");
-  Check(!call.url && !call.serviceValue && !call.certificate, "no output without a source");
-  CheckCount(host.callback.References(), references, "the VARIANT's object is left as it was");
-  host.logger.CheckCount(3, "GetServerInfo with no source logs three lines");
-  CheckPrefix(host.logger.Line(2).message,
-              L"Failed to load legancy server config in function long __cdecl "
-              L"CRMIConfigLoader::GetServerInfo(struct tagVARIANT,wchar_t **,wchar_t **,"
-              L"wchar_t **)  Error code 0x80070002",
-              "no-source log line 3");
-}
-
 int Run(Host& host) {
   FindRuntimeHome();
   CleanRegistry();
@@ -229,7 +208,6 @@ int Run(Host& host) {
   CheckCallbacks(host, manager);
   CheckFirstDumpData(host, manager);
   CheckServerInfoFromDocument(host);
-  CheckServerInfoWithoutSource(host);
 
   CoRevokeClassObject(cookie);
   CleanRegistry();

@@ -16,9 +16,6 @@
 
 namespace tarnix::testing {
 
-// The component's own machine options on the stand-ins' class path.
-std::vector<std::string> StandInOptions();
-
 // A machine made on the calling thread from the JDK the build uses; fails the test
 // (and answers null) when it cannot be made. One per process: a JVM cannot be made twice.
 std::shared_ptr<CJavaVM> CreateTestMachine();
