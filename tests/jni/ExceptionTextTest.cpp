@@ -30,12 +30,9 @@ class ExceptionTextTest : public BridgeTest {
     return reading;
   }
 
-  void Throw(tarnix::Method<void(jstring)> method, const WCHAR* message) {
-    probe_->CallVoidMethod(method, machine_->NewString(message));
-    ASSERT_TRUE(env_->ExceptionCheck());
-  }
-  void Throw(tarnix::Method<void()> method) {
-    probe_->CallVoidMethod(method);
+  template <class Method, class... Text>
+  void Throw(Method method, Text... message) {
+    probe_->CallVoidMethod(method, machine_->NewString(message)...);
     ASSERT_TRUE(env_->ExceptionCheck());
   }
 };

@@ -95,11 +95,6 @@ jvalue Int(jint number) {
 }
 }  // namespace
 
-void JavaControl::ThrowIn(const std::string& where, const std::string& exceptionClass,
-                          const std::string& message) {
-  ThrowOnHit(where, 0, exceptionClass, message);  // 0: every hit
-}
-
 void JavaControl::ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
                              const std::string& message) {
   JNIEnv* env = Env();

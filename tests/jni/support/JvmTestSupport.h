@@ -29,7 +29,9 @@ class JavaControl {
   // Place is "<Class>.<method>" or "<Class>.<init>"; every hit throws a new
   // exceptionClass(message), or only the nth (from 1).
   void ThrowIn(const std::string& where, const std::string& exceptionClass,
-               const std::string& message);
+               const std::string& message) {
+    ThrowOnHit(where, 0, exceptionClass, message);  // 0: every hit
+  }
   void ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
                   const std::string& message);
   void ClearFaults();
