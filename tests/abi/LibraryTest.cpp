@@ -3,7 +3,7 @@
 // a host: loading it starts nothing, and unloading it destroys the manager, giving the host
 // back everything it held, without a single call into Java - even though a Java machine is
 // up at that moment.
-#include "StubCounts.h"
+#include "StubRecord.h"
 
 #include "fixtures/FakeCallbacks.h"
 #include "fixtures/HostTest.h"
@@ -154,9 +154,9 @@ TEST_F(LibraryLifetime, UnloadDestroysTheManagerWithoutCallingJava) {
   EXPECT_TRUE(Logger().Contains(WSTR("Failed to load class "))) << Logger().Dump();
   // Loaded a second time here, the runtime and its counts outlive the library.
   Module runtime(NativePath(TARNIX_STUB_LIBRARY));
-  const auto counts = Find<StubCountsFunction>(runtime.Get(), TARNIX_STUB_COUNTS_FUNCTION);
+  const auto counts = Find<StubRecordFunction>(runtime.Get(), TARNIX_STUB_RECORD_FUNCTION);
   ASSERT_NE(counts, nullptr);
-  const StubCounts beforeUnload = *counts();
+  const StubRecord beforeUnload = *counts();
   EXPECT_EQ(beforeUnload.createCalls, 1);
   EXPECT_EQ(beforeUnload.findClassCalls, 1);
   EXPECT_EQ(callback->RefCount(), 2u);

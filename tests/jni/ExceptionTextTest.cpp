@@ -3,7 +3,6 @@
 
 #include "jni/ExceptionText.h"
 #include "jni/LocalRef.h"
-#include "manager/RemoteFailure.h"
 
 #include <gtest/gtest.h>
 
@@ -31,12 +30,9 @@ class ExceptionTextTest : public BridgeTest {
     return reading;
   }
 
-  void Throw(tarnix::Method<void(jstring)> method, const WCHAR* message) {
-    probe_->CallVoidMethod(method, machine_->NewString(message));
-    ASSERT_TRUE(env_->ExceptionCheck());
-  }
-  void Throw(tarnix::Method<void()> method) {
-    probe_->CallVoidMethod(method);
+  template <class Method, class... Text>
+  void Throw(Method method, Text... message) {
+    probe_->CallVoidMethod(method, machine_->NewString(message)...);
     ASSERT_TRUE(env_->ExceptionCheck());
   }
 };
@@ -77,24 +73,6 @@ TEST_F(ExceptionTextTest, MissingFirstLineLeavesOnlyTheFrames) {
   reading = Read(false);
   EXPECT_EQ(reading.text.rfind("\r\n\tcom.tarnix.testing.Probe.throwBrokenText(Probe.java:", 0), 0u)
       << reading.text;
-}
-
-TEST_F(ExceptionTextTest, RemoteFailuresAreToldApartByTheirText) {
-  probe_->CallVoidMethod(Probe::throwNamed, machine_->NewString(WSTR("java.rmi.ConnectException")),
-                         machine_->NewString(WSTR("Connection refused to host: 127.0.0.1")));
-  const std::optional<WString> remote = machine_->TakeException();
-  ASSERT_TRUE(remote);
-  EXPECT_EQ(Narrow(*remote).rfind(
-                "java.rmi.ConnectException: Connection refused to host: 127.0.0.1\r\n\t", 0),
-            0u);
-  EXPECT_TRUE(IsRemoteFailureText(*remote));
-
-  probe_->CallVoidMethod(Probe::throwNamed,
-                         machine_->NewString(WSTR("java.lang.NullPointerException")), nullptr);
-  const std::optional<WString> local = machine_->TakeException();
-  ASSERT_TRUE(local);
-  EXPECT_EQ(Narrow(*local).rfind("java.lang.NullPointerException\r\n\t", 0), 0u);
-  EXPECT_FALSE(IsRemoteFailureText(*local));
 }
 
 }  // namespace

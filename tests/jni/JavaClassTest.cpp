@@ -1,9 +1,11 @@
-// Classes and their method tables on the real JDK.
+// Classes and their method tables on the real JDK, and what becomes of them when the
+// machine is unloaded.
 #include "ProbeClass.h"
 
 #include "convert/ClassTable.h"
 #include "jni/JavaObject.h"
 #include "jni/JavaString.h"
+#include "jni/LocalRef.h"
 
 #include <gtest/gtest.h>
 
@@ -104,6 +106,21 @@ TEST_F(JavaClassTest, ConstructorThatThrowsLeavesItsExceptionPending) {
   EXPECT_EQ(TakeException().rfind("java.lang.OutOfMemoryError: no room", 0), 0u);
   control.ClearFaults();
   EXPECT_TRUE(sample->NewObject(tarnix::methods::BaseSample::ctorTime, jlong{1}));
+}
+
+TEST_F(JavaClassTest, UnloadForgetsTheClassesButLeavesTheJvmRunning) {
+  ASSERT_TRUE(machine_->LoadClass(kProbe, kProbeMethods));
+  JavaVM* jvm = machine_->GetJavaVM();
+  machine_->Unload();
+  EXPECT_FALSE(machine_->GetClass(kProbe));
+  EXPECT_EQ(machine_->GetEnv(), nullptr);
+  EXPECT_FALSE(machine_->NewString(WSTR("no environment")));
+
+  // The JVM itself goes on, its library still in place.
+  JNIEnv* env = nullptr;
+  ASSERT_EQ(jvm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6), JNI_OK);
+  tarnix::LocalRef<jclass> probe(env, env->FindClass(kProbe));
+  EXPECT_TRUE(probe);
 }
 
 }  // namespace

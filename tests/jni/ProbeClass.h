@@ -35,7 +35,6 @@ inline constexpr MethodEntry kProbeMethods[] = {
     {"throwWithoutStack", "throwWithoutStack", "(Ljava/lang/String;)V"},
     {"throwNullText", "throwNullText", "()V"},
     {"throwBrokenText", "throwBrokenText", "()V"},
-    {"throwNamed", "throwNamed", "(Ljava/lang/String;Ljava/lang/String;)V"},
 };
 
 // Its handles, named after their aliases.
@@ -61,8 +60,6 @@ struct Probe {
   static constexpr auto throwNullText = tarnix::MethodOf<void()>(kProbeMethods, "throwNullText");
   static constexpr auto throwBrokenText =
       tarnix::MethodOf<void()>(kProbeMethods, "throwBrokenText");
-  static constexpr auto throwNamed =
-      tarnix::MethodOf<void(jstring, jstring)>(kProbeMethods, "throwNamed");
 };
 
 // A machine on the stand-in jars for each test; the probe class is loaded with its whole

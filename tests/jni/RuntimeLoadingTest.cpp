@@ -1,10 +1,11 @@
 // Loading the runtime library and the machine's thread bookkeeping, against a stand-in
-// runtime library that records its calls (under Wine for the Windows build).
-#include "LoadedModule.h"
+// runtime library that records its calls, and the module calls the bridge relies on: alike
+// on Windows (Wine) and the POSIX layer.
 #include "TestPaths.h"
 #include "stub/StubRecord.h"
 
 #include "jni/JavaVM.h"
+#include "jni/RuntimeLibrary.h"
 
 #include "platform/JavaRuntime.h"
 
@@ -18,8 +19,18 @@
 
 namespace {
 
-using tarnix::testing::DllDirectory;
-using tarnix::testing::IsModuleLoaded;
+// Whether a library is mapped into the process, without taking a reference to it.
+bool IsModuleLoaded(const WString& path) {
+  HMODULE module = nullptr;
+  return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, path.c_str(), &module) &&
+         module != nullptr;
+}
+
+WString DllDirectory() {
+  WCHAR buffer[MAX_PATH + 1] = {};
+  const DWORD length = GetDllDirectoryW(MAX_PATH + 1, buffer);
+  return WString(buffer, length);
+}
 
 // A machine on a stand-in runtime that records its calls into `record` (its own, or one
 // that outlives it); each Create passes the record's option before the given ones.
@@ -40,7 +51,7 @@ struct StubMachine {
 // The record of the module the machine loaded, as its own export answers it.
 StubRecord* OwnRecord(CJavaVM& machine) {
   auto function = reinterpret_cast<StubRecordFunction>(reinterpret_cast<void (*)()>(
-      GetProcAddress(machine.GetRuntimeModule(), kStubRecordFunction)));
+      GetProcAddress(machine.GetRuntimeModule(), TARNIX_STUB_RECORD_FUNCTION)));
   return function ? function() : nullptr;
 }
 
@@ -60,6 +71,28 @@ TEST(RuntimeLoading, PathsAreConcatenatedOntoTheRuntimeDirectory) {
 #endif
   EXPECT_EQ(machine.GetRuntimeModule(), nullptr);
   EXPECT_EQ(machine.GetEnv(), nullptr);
+  EXPECT_FALSE(tarnix::RuntimeLibrary().Pin());  // nothing loaded, nothing to keep
+}
+
+TEST(RuntimeLoading, BareNamesAreFoundInTheDllDirectoryKeptUntilReset) {
+#ifdef _WIN32
+  const WString folder = WString(TARNIX_TEST_STUB_JRE) + WSTR("bin");
+  const WString name = WSTR("stubdep.dll");
+#else
+  const WString folder = WString(TARNIX_TEST_STUB_JRE) + WSTR("lib/server");
+  const WString name = WSTR("libjvm.so");
+#endif
+  EXPECT_EQ(DllDirectory(), WString());
+  EXPECT_EQ(LoadLibraryW(name.c_str()), nullptr);
+  ASSERT_TRUE(SetDllDirectoryW(folder.c_str()));
+  EXPECT_EQ(DllDirectory(), folder);
+  WCHAR tooSmall[4] = {};
+  EXPECT_EQ(GetDllDirectoryW(4, tooSmall), folder.size() + 1);
+  const HMODULE module = LoadLibraryW(name.c_str());
+  ASSERT_TRUE(SetDllDirectoryW(nullptr));
+  EXPECT_EQ(DllDirectory(), WString());
+  ASSERT_NE(module, nullptr);
+  EXPECT_TRUE(FreeLibrary(module));
 }
 
 TEST(RuntimeLoading, CreateLoadsByFullPathAndHandsOverTheOptionsOnce) {

@@ -11,16 +11,6 @@ constexpr unsigned kMaxLines = 24;
 LogLine g_lines[kMaxLines];
 unsigned g_lineCount = 0;
 
-const char* OperationName(LogOperation operation) {
-  switch (operation) {
-    case LogOperation::Error: return "error";
-    case LogOperation::Warning: return "warning";
-    case LogOperation::Info: return "info";
-    case LogOperation::Level: return "level";
-  }
-  return "?";
-}
-
 }  // namespace
 
 bool SameIid(REFIID left, REFIID right) {
@@ -32,20 +22,7 @@ bool SameIid(REFIID left, REFIID right) {
   return true;
 }
 
-HRESULT Logger::LogError(BSTR component, BSTR message) {
-  return Record(LogOperation::Error, component, 0, message);
-}
-HRESULT Logger::LogWarning(BSTR component, BSTR message) {
-  return Record(LogOperation::Warning, component, 0, message);
-}
-HRESULT Logger::LogInfo(BSTR component, BSTR message) {
-  return Record(LogOperation::Info, component, 0, message);
-}
-HRESULT Logger::LogLevel(BSTR component, LONG level, BSTR message) {
-  return Record(LogOperation::Level, component, level, message);
-}
-
-HRESULT Logger::Record(LogOperation operation, BSTR component, LONG level, BSTR message) {
+HRESULT Logger::Record(BSTR component, BSTR message) {
   CheckText(component, L"tarnix-rmi", "the component names itself in every log line");
   // A BSTR knows its length; a line that disagrees was not made as one.
   Check(SysStringLen(message) == Length(message), "a log message is a whole BSTR");
@@ -54,8 +31,6 @@ HRESULT Logger::Record(LogOperation operation, BSTR component, LONG level, BSTR 
     return S_OK;
   }
   LogLine& line = g_lines[g_lineCount++];
-  line.operation = operation;
-  line.level = level;
   unsigned length = 0;
   for (; message && message[length] && length + 1 < sizeof line.message / sizeof(WCHAR); ++length) {
     line.message[length] = message[length];
@@ -81,9 +56,7 @@ void Logger::CheckCount(unsigned count, const char* what) const {
   Check(false, what);
   Print("  log lines:\n");
   for (unsigned i = 0; i < g_lineCount; ++i) {
-    Print("  [");
-    Print(OperationName(g_lines[i].operation));
-    Print("] ");
+    Print("  ");
     PrintWide(g_lines[i].message);
     Print("\n");
   }

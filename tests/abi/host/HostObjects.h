@@ -34,11 +34,7 @@ class Counted : public Interface {
   ULONG references_ = 1;
 };
 
-enum class LogOperation { Error, Warning, Info, Level };
-
 struct LogLine {
-  LogOperation operation;
-  LONG level;
   WCHAR message[640];
 };
 
@@ -53,10 +49,18 @@ class Logger : public Counted<IHostLogger> {
   HRESULT STDMETHODCALLTYPE Reserved6() override { return Unexpected(); }
   HRESULT STDMETHODCALLTYPE Reserved7() override { return Unexpected(); }
   HRESULT STDMETHODCALLTYPE Reserved8() override { return Unexpected(); }
-  HRESULT STDMETHODCALLTYPE LogError(BSTR component, BSTR message) override;
-  HRESULT STDMETHODCALLTYPE LogWarning(BSTR component, BSTR message) override;
-  HRESULT STDMETHODCALLTYPE LogInfo(BSTR component, BSTR message) override;
-  HRESULT STDMETHODCALLTYPE LogLevel(BSTR component, LONG level, BSTR message) override;
+  HRESULT STDMETHODCALLTYPE LogError(BSTR component, BSTR message) override {
+    return Record(component, message);
+  }
+  HRESULT STDMETHODCALLTYPE LogWarning(BSTR component, BSTR message) override {
+    return Record(component, message);
+  }
+  HRESULT STDMETHODCALLTYPE LogInfo(BSTR component, BSTR message) override {
+    return Record(component, message);
+  }
+  HRESULT STDMETHODCALLTYPE LogLevel(BSTR component, LONG, BSTR message) override {
+    return Record(component, message);
+  }
 
   unsigned Count() const;
   const LogLine& Line(unsigned index) const;
@@ -65,7 +69,7 @@ class Logger : public Counted<IHostLogger> {
   void Clear();
 
  private:
-  HRESULT Record(LogOperation operation, BSTR component, LONG level, BSTR message);
+  HRESULT Record(BSTR component, BSTR message);
   HRESULT Unexpected();
 };
 

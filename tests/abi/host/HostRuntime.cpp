@@ -14,14 +14,6 @@ void* memcpy(void* target, const void* source, size_t count) {
   for (size_t i = 0; i < count; ++i) to[i] = from[i];
   return target;
 }
-int memcmp(const void* left, const void* right, size_t count) {
-  const auto* a = static_cast<const unsigned char*>(left);
-  const auto* b = static_cast<const unsigned char*>(right);
-  for (size_t i = 0; i < count; ++i) {
-    if (a[i] != b[i]) return a[i] < b[i] ? -1 : 1;
-  }
-  return 0;
-}
 // A pure virtual function was called: an object was used after (or before) its life.
 int _purecall() {
   host::Print("FAILED: pure virtual function called\n");
@@ -44,6 +36,15 @@ void Fail(const char* what) {
   Print("FAILED: ");
   Print(what);
   Print("\n");
+}
+
+void FailText(const char* what, const WCHAR* actual, const char* relation, const WCHAR* expected) {
+  Fail(what);
+  Print("  text     \"");
+  PrintWide(actual);
+  Print(relation);
+  PrintWide(expected);
+  Print("\"\n");
 }
 
 }  // namespace
@@ -121,23 +122,11 @@ void CheckCode(LONG actual, LONG expected, const char* what) {
 void CheckCount(long actual, long expected, const char* what) { CheckCode(actual, expected, what); }
 
 void CheckText(const WCHAR* actual, const WCHAR* expected, const char* what) {
-  if (Same(actual, expected)) return;
-  Fail(what);
-  Print("  text     \"");
-  PrintWide(actual);
-  Print("\"\n  expected \"");
-  PrintWide(expected);
-  Print("\"\n");
+  if (!Same(actual, expected)) FailText(what, actual, "\"\n  expected \"", expected);
 }
 
 void CheckPrefix(const WCHAR* actual, const WCHAR* prefix, const char* what) {
-  if (StartsWith(actual, prefix)) return;
-  Fail(what);
-  Print("  text     \"");
-  PrintWide(actual);
-  Print("\"\n  expected to begin \"");
-  PrintWide(prefix);
-  Print("\"\n");
+  if (!StartsWith(actual, prefix)) FailText(what, actual, "\"\n  expected to begin \"", prefix);
 }
 
 int Failures() { return g_failures; }

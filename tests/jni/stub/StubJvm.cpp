@@ -1,8 +1,12 @@
 // A stand-in for a Java runtime's machine library: JNI_CreateJavaVM records how it was
-// called and answers a chosen code, and the machine it makes counts its calls. Options
-// understood: -Dstub.record=<address of a StubRecord>, -Dstub.result=<code>,
-// -Dstub.attach=<code>, -Dstub.detach=<code>.
+// called and answers a chosen code, and the machine it makes counts its calls. Every class
+// it is asked for is missing, with no exception to explain why, so a start-up stops at its
+// first class. A call it does not expect finds no function and brings the process down,
+// which fails the test that made it. Options understood: -Dstub.record=<address of a
+// StubRecord>, -Dstub.result=<code>, -Dstub.attach=<code>, -Dstub.detach=<code>.
 #include "StubRecord.h"
+
+#include <jni.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -24,14 +28,24 @@ jint g_attachResult = JNI_OK;
 jint g_detachResult = JNI_OK;
 jint g_createResult = JNI_OK;
 
-// The environment answers only what the machine's own bookkeeping asks of it.
 jboolean JNICALL ExceptionCheck(JNIEnv*) { return JNI_FALSE; }
+jthrowable JNICALL ExceptionOccurred(JNIEnv*) { return nullptr; }
 void JNICALL ExceptionClear(JNIEnv*) {}
+jint JNICALL PushLocalFrame(JNIEnv*, jint) { return JNI_OK; }
+jobject JNICALL PopLocalFrame(JNIEnv*, jobject) { return nullptr; }
+jclass JNICALL FindClass(JNIEnv*, const char*) {
+  ++g_record->findClassCalls;
+  return nullptr;
+}
 
 JNINativeInterface_ MakeEnvTable() {
   JNINativeInterface_ table{};
   table.ExceptionCheck = ExceptionCheck;
+  table.ExceptionOccurred = ExceptionOccurred;
   table.ExceptionClear = ExceptionClear;
+  table.FindClass = FindClass;
+  table.PushLocalFrame = PushLocalFrame;
+  table.PopLocalFrame = PopLocalFrame;
   return table;
 }
 JNINativeInterface_ g_envTable = MakeEnvTable();
@@ -55,6 +69,7 @@ jint JNICALL DetachCurrentThread(JavaVM*) {
 }
 
 jint JNICALL GetEnv(JavaVM*, void** env, jint) {
+  ++g_record->getEnvCalls;
   *env = nullptr;
   return JNI_EDETACHED;
 }

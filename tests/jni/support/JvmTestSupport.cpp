@@ -11,13 +11,11 @@
 
 namespace tarnix::testing {
 
-std::vector<std::string> StandInOptions() {
-  return {std::string("-Djava.class.path=") + TARNIX_TEST_CLASSPATH, "-Xrs", "-Xmx100M"};
-}
-
 std::shared_ptr<CJavaVM> CreateTestMachine() {
   auto machine = std::make_shared<CJavaVM>(TARNIX_TEST_JAVA_HOME);
-  const LONG result = machine->Create(StandInOptions());
+  // The component's own machine options, on the stand-ins' class path.
+  const LONG result = machine->Create(
+      {std::string("-Djava.class.path=") + TARNIX_TEST_CLASSPATH, "-Xrs", "-Xmx100M"});
   EXPECT_EQ(result, 0) << "the JVM of " << Narrow(TARNIX_TEST_JAVA_HOME) << " did not start";
   return result == 0 ? machine : nullptr;
 }
@@ -96,11 +94,6 @@ jvalue Int(jint number) {
   return value;
 }
 }  // namespace
-
-void JavaControl::ThrowIn(const std::string& where, const std::string& exceptionClass,
-                          const std::string& message) {
-  ThrowOnHit(where, 0, exceptionClass, message);  // 0: every hit
-}
 
 void JavaControl::ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
                              const std::string& message) {

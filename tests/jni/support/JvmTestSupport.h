@@ -16,9 +16,6 @@
 
 namespace tarnix::testing {
 
-// The component's own machine options on the stand-ins' class path.
-std::vector<std::string> StandInOptions();
-
 // A machine made on the calling thread from the JDK the build uses; fails the test
 // (and answers null) when it cannot be made. One per process: a JVM cannot be made twice.
 std::shared_ptr<CJavaVM> CreateTestMachine();
@@ -32,7 +29,9 @@ class JavaControl {
   // Place is "<Class>.<method>" or "<Class>.<init>"; every hit throws a new
   // exceptionClass(message), or only the nth (from 1).
   void ThrowIn(const std::string& where, const std::string& exceptionClass,
-               const std::string& message);
+               const std::string& message) {
+    ThrowOnHit(where, 0, exceptionClass, message);  // 0: every hit
+  }
   void ThrowOnHit(const std::string& where, int nth, const std::string& exceptionClass,
                   const std::string& message);
   void ClearFaults();
