@@ -71,7 +71,6 @@ TEST(RuntimeLoading, PathsAreConcatenatedOntoTheRuntimeDirectory) {
 #endif
   EXPECT_EQ(machine.GetRuntimeModule(), nullptr);
   EXPECT_EQ(machine.GetEnv(), nullptr);
-  EXPECT_FALSE(tarnix::RuntimeLibrary().Pin());  // nothing loaded, nothing to keep
 }
 
 TEST(RuntimeLoading, BareNamesAreFoundInTheDllDirectoryKeptUntilReset) {
