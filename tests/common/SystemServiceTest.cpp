@@ -10,7 +10,6 @@
 namespace tarnix {
 namespace {
 
-using testing::FakeObjectCounts;
 using testing::HostTest;
 using testing::MakeHostObject;
 using testing::ServiceRoute;
