@@ -227,15 +227,16 @@ const CLSID kBuiltin = {
 }  // namespace
 
 TEST(BuiltinClass, IsCreatableByProgIdWithoutRegistrationAndSurvivesAReload) {
-  static tarnix::test::CountingFactory factory;
-  ASSERT_EQ(tarnix::posix::RegisterBuiltinClass(kBuiltin, WSTR("Test.Builtin.1"), &factory), S_OK);
+  static const auto factory = tarnix::host::MakeHostObject<tarnix::test::CountingFactory>();
+  ASSERT_EQ(tarnix::posix::RegisterBuiltinClass(kBuiltin, WSTR("Test.Builtin.1"), factory.Get()),
+            S_OK);
   for (int round = 0; round < 2; ++round) {
     CLSID clsid = {};
     ASSERT_EQ(CLSIDFromProgID(WSTR("Test.Builtin.1"), &clsid), S_OK);
     EXPECT_TRUE(IsEqualCLSID(clsid, kBuiltin));
     tarnix::ComPtr<IUnknown> object;
     ASSERT_EQ(CoCreateInstance(clsid, nullptr, 0x17, IID_IUnknown, object.ReceiveVoid()), S_OK);
-    EXPECT_EQ(object.Get(), &factory.product);
+    EXPECT_EQ(object.Get(), factory->product.Get());
     tarnix::posix::ReloadRegistry();
   }
   // Never saved into a hive file.

@@ -82,7 +82,7 @@ TEST(SafeArray, ATwoDimensionalArrayReadAsAListIsItsFirstDimension) {
 // The host's own adapter records: their record description copies and frees the strings.
 TEST(SafeArray, RecordArraysCopyTheirRecordsAndHoldOneReferenceToTheirRecordInfo) {
   ScopedSafeArray array(tarnix::host::MakeAdapterArray(
-      {{WSTR("first")}, {WSTR("second"), WSTR(""), WSTR(""), WSTR(""), WSTR(""), 2}}, 1));
+      {{WSTR("first"), {}, {}, {}, {}, 1}, {WSTR("second"), {}, {}, {}, {}, 2}}, 1));
   ASSERT_TRUE(array);
   VARTYPE vt = VT_EMPTY;
   ASSERT_EQ(SafeArrayGetVartype(array.Get(), &vt), S_OK);

@@ -154,25 +154,25 @@ TEST(Variant, NumbersConvertWithBankersRoundingAndReportOverflow) {
 }
 
 TEST(Variant, ObjectsConvertToUnknownWithAReferenceOfTheirOwnAndNothingElseDoes) {
-  CountedObject object;
+  const auto object = CountedObject();
   {
     ScopedVariant holder;
-    holder.SetUnknown(&object);
-    EXPECT_EQ(object.refs(), 2u);
+    holder.SetUnknown(object.Get());
+    EXPECT_EQ(object->RefCount(), 2u);
     ScopedVariant unknown;
     ASSERT_EQ(VariantChangeType(unknown.Receive(), holder.AsInput(), 0, VT_UNKNOWN), S_OK);
     EXPECT_EQ(unknown.type(), VT_UNKNOWN);
-    EXPECT_EQ(unknown.Get().punkVal, &object);
-    EXPECT_EQ(object.refs(), 3u);
+    EXPECT_EQ(unknown.Get().punkVal, object.Get());
+    EXPECT_EQ(object->RefCount(), 3u);
 
     // In place: the old reference is given back and a new one taken.
     ASSERT_EQ(VariantChangeType(unknown.AsInput(), unknown.AsInput(), 0, VT_UNKNOWN), S_OK);
-    EXPECT_EQ(object.refs(), 3u);
+    EXPECT_EQ(object->RefCount(), 3u);
     ScopedVariant number(WSTR("42"));
     ASSERT_EQ(VariantChangeType(number.AsInput(), number.AsInput(), 0, VT_I4), S_OK);
     EXPECT_EQ(number.Get().lVal, 42);
   }
-  EXPECT_EQ(object.refs(), 1u);
+  EXPECT_EQ(object->RefCount(), 1u);
 
   ScopedVariant empty, null, number(LONG(1)), text(WSTR("x"));
   null.Reset(Make(VT_NULL, [](VARIANT&) {}));
@@ -185,7 +185,7 @@ TEST(Variant, ObjectsConvertToUnknownWithAReferenceOfTheirOwnAndNothingElseDoes)
 }
 
 TEST(Variant, CopyAndClearOwnWhatTheVariantHolds) {
-  CountedObject object;
+  const auto object = CountedObject();
   {
     ScopedVariant text(WSTR("value"));
     ScopedVariant copy;
@@ -194,15 +194,15 @@ TEST(Variant, CopyAndClearOwnWhatTheVariantHolds) {
     EXPECT_EQ(tarnix::WideToUtf8(copy.Get().bstrVal), "value");
 
     ScopedVariant unknown;
-    unknown.SetUnknown(&object);
+    unknown.SetUnknown(object.Get());
     ScopedVariant second;
     ASSERT_EQ(unknown.CopyTo(&second), S_OK);
-    EXPECT_EQ(object.refs(), 3u);
+    EXPECT_EQ(object->RefCount(), 3u);
     // Copying over a variant releases what it held.
     ASSERT_EQ(text.CopyTo(&second), S_OK);
-    EXPECT_EQ(object.refs(), 2u);
+    EXPECT_EQ(object->RefCount(), 2u);
   }
-  EXPECT_EQ(object.refs(), 1u);
+  EXPECT_EQ(object->RefCount(), 1u);
 
   // A BSTR keeps its exact byte length through a copy, odd lengths included.
   VARIANT odd;
