@@ -207,18 +207,6 @@ TEST(RegFile, ChangesAreWrittenBackAndReadAgainExactly) {
   EXPECT_EQ(gone.Open(HKEY_CURRENT_USER, WSTR("Volatile"), KEY_READ), ERROR_FILE_NOT_FOUND);
 }
 
-TEST(RegFile, KeysAreDeletedOnlyWhenEmptyAndOpenHandlesThenFail) {
-  HiveFile hive("Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"w\"\n");
-  EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, WSTR("A")), ERROR_ACCESS_DENIED);
-  RegKey b;
-  ASSERT_EQ(b.Open(HKEY_CURRENT_USER, WSTR("A\\B"), KEY_READ), ERROR_SUCCESS);
-  EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, WSTR("A\\B")), ERROR_SUCCESS);
-  WString text;
-  EXPECT_EQ(b.ReadValue(WSTR("v"), &text), ERROR_KEY_DELETED);
-  EXPECT_EQ(hive.Read().find("[HKEY_CURRENT_USER\\A\\B]"), std::string::npos);
-  EXPECT_EQ(RegCloseKey(reinterpret_cast<HKEY>(uintptr_t{0x7777})), ERROR_INVALID_HANDLE);
-}
-
 namespace {
 
 const CLSID kBuiltin = {
