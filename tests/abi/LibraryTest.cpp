@@ -127,7 +127,6 @@ class LibraryLifetime : public HostTest {
     registry_.Own(HKEY_LOCAL_MACHINE, AgentKeyPath());
     registry_.SetString(HKEY_LOCAL_MACHINE, AgentKeyPath(), WSTR("JrePath"),
                         NativePath(TARNIX_STUB_HOME));
-    registry_.Apply();
   }
 
   TestRegistry registry_;

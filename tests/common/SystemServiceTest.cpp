@@ -32,7 +32,6 @@ class SystemServiceTest : public HostTest {
     for (const WCHAR* iid : {kLoggerIid, kSystemInfoIid, kServiceIid, kExecutorIid}) {
       registry_.Own(HKEY_CLASSES_ROOT, InterfaceKey(iid));
     }
-    registry_.Apply();
   }
 
   WString ProxyStub(const WCHAR* iidText, const WCHAR* name) {
@@ -152,7 +151,6 @@ TEST(ProxyStubRegistration, MissingRegistrationsAreWrittenAndExistingOnesKept) {
   registry.SetString(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid32"), WString(), other);
   // A key with values of its own but no default value counts as missing.
   registry.SetString(HKEY_CLASSES_ROOT, key + WSTR("\\ProxyStubClsid"), WSTR("note"), WSTR("x"));
-  registry.Apply();
 
   ASSERT_EQ(EnsureProxyStubRegistration(iid), S_OK);
   WString value;

@@ -77,7 +77,6 @@ TEST(ReadMachineString, AcceptsOnlyWholeTerminatedStrings) {
   registry.SetRaw(HKEY_LOCAL_MACHINE, kKey, WSTR("two"), REG_SZ, {'a', 0, 0, 0, 'b', 0, 0, 0});
   registry.SetDword(HKEY_LOCAL_MACHINE, kKey, WSTR("number"), 42);
   registry.SetRaw(HKEY_LOCAL_MACHINE, kKey, WSTR("multi"), REG_MULTI_SZ, {'a', 0, 0, 0, 0, 0});
-  registry.Apply();
   WriteUnterminated(WSTR("odd"), REG_SZ, 3);
   WriteUnterminated(WSTR("unterminated"), REG_SZ, 4);
   WriteUnterminated(WSTR("unterminated expand"), REG_EXPAND_SZ, 6);
@@ -126,7 +125,6 @@ TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
   // Natively a name with a zero inside is listed whole but cannot be read by that name.
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WString(WSTR("x\0y"), 3), WSTR("unreadable"));
   registry.SetString(HKEY_LOCAL_MACHINE, kKey, WSTR("zzz after the long names"), WSTR("kept"));
-  registry.Apply();
 
   RegistryValues values;
   ASSERT_EQ(ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
@@ -151,7 +149,6 @@ TEST(ReadKeyValues, ConvertsStringsNumbersAndListsAndLeavesOtherTypesOut) {
 TEST(ReadKeyValues, AKeyWithoutValuesIsEmptyAndAMissingKeyFails) {
   TestRegistry registry;
   registry.CreateKey(HKEY_LOCAL_MACHINE, kKey);
-  registry.Apply();
   RegistryValues values;
   EXPECT_EQ(ReadKeyValues(HKEY_LOCAL_MACHINE, kKey.c_str(), &values), S_OK);
   EXPECT_TRUE(values.empty());

@@ -167,7 +167,6 @@ TEST_F(ServerInfo, LegacyValueOfOneToFourPiecesAsksTheHostOnlyBelowThree) {
   };
   for (const Case& c : cases) {
     registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, c.value);
-    registry_.Apply();
     Logger().Clear();
     const int callsBefore = SystemInfo().Calls(SystemInfoSlot::UniqueId);
     Outputs out;
@@ -189,7 +188,6 @@ class UntouchableConfig : public HostObject<IUnknown> {
 TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR("https://legacy"));
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
-  registry_.Apply();
   auto config = MakeHostObject<UntouchableConfig>();
   const ULONG addRefsBefore = config->AddRefCalls();
   ScopedVariant holder;
@@ -206,7 +204,6 @@ TEST_F(ServerInfo, AnExistingLegacyValueEndsTheLookupEvenWithoutCertificate) {
 TEST_F(ServerInfo, LegacyLookupFallsBackToThePolicyUrlAndTreatsEmptyValuesAsMissing) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR(""));
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR("https://policy|svc|cert"));
-  registry_.Apply();
   Outputs out;
   EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK);
   EXPECT_EQ(out.Url(), "https://policy");
@@ -216,7 +213,6 @@ TEST_F(ServerInfo, LegacyLookupFallsBackToThePolicyUrlAndTreatsEmptyValuesAsMiss
 
   // Both empty: the legacy source fails and says so; so does everything after it.
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR(""));
-  registry_.Apply();
   Logger().Clear();
   Outputs none;
   EXPECT_EQ(LoadLegacyServerInfo(&none.url, &none.serviceValue, &none.certificate),
@@ -230,7 +226,6 @@ TEST_F(ServerInfo, DocumentWithoutTheEntryLeadsStraightToThePolicyKey) {
   SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy"), WSTR("/path")});
   SetMultiString(kPolicyKey, kCertificate,
                  {WSTR("-----BEGIN-----"), WSTR("MIIB"), WSTR("-----END-----")});
-  registry_.Apply();
   Outputs out;
   EXPECT_EQ(GetServerInfo(WSTR("<config><other>Software\\X</other></config>"), &out), S_OK);
   EXPECT_EQ(out.Url(), "https://policy/path");
@@ -243,7 +238,6 @@ TEST_F(ServerInfo, DocumentEntryNamesTheKeyAsTextAsObjectOrAsPlainPath) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kUrl, WSTR("https://named"));
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("named cert"),
                       REG_EXPAND_SZ);
-  registry_.Apply();
   const WString xml = WSTR(
       "<config><a><serverConfigRegistry>Software\\<k>Tarnix Tests</k>\\"
       "Xml Named</serverConfigRegistry></a></config>");
@@ -278,7 +272,6 @@ TEST_F(ServerInfo, DocumentEntryNamesTheKeyAsTextAsObjectOrAsPlainPath) {
 TEST_F(ServerInfo, FailingNamedKeyIsLoggedAndThePolicyKeyDecides) {
   SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
-  registry_.Apply();
   Outputs out;
   EXPECT_EQ(GetServerInfo(WSTR("Software\\Tarnix Tests\\No Such Key"), &out), S_OK);
   EXPECT_EQ(out.Url(), "https://policy");
@@ -301,7 +294,6 @@ TEST_F(ServerInfo, FailingNamedKeyIsLoggedAndThePolicyKeyDecides) {
 TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
   SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
   registry_.CreateKey(HKEY_LOCAL_MACHINE, kNamedKey);
-  registry_.Apply();
   WString path = kPolicyKey;
   Outputs out;
   EXPECT_EQ(LoadKeyServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
@@ -315,7 +307,6 @@ TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
   // Names count only as spelled: a URL value in another case is no URL.
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("messageserverurl"), WSTR("https://n"));
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, kCertificate, WSTR("c"));
-  registry_.Apply();
   Logger().Clear();
   path = kNamedKey;
   EXPECT_EQ(LoadKeyServerInfo(&path[0], &out.url, &out.serviceValue, &out.certificate),
@@ -336,7 +327,6 @@ TEST_F(ServerInfo, PolicyKeyNeedsBothValuesBeforeWritingAny) {
 
 TEST_F(ServerInfo, ResultsAreTheSameWithoutALogger) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR("https://legacy|c"));
-  registry_.Apply();
   SystemInfo().Fail(SystemInfoSlot::UniqueId, S_FALSE);
   Outputs logged;
   EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &logged), S_FALSE);
@@ -354,7 +344,6 @@ TEST_F(ServerInfo, ResultsAreTheSameWithoutALogger) {
 
 TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   registry_.SetString(HKEY_LOCAL_MACHINE, kLegacyKey, kLegacyValue, WSTR("https://legacy|c"));
-  registry_.Apply();
   Service().Withdraw(IID_ISystemInfo);
   Outputs out;
   const LONG hr = GetServerInfo(WSTR("not a path"), &out);
@@ -369,7 +358,6 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
   // The policy key found, the unique id still cannot be asked for: the service's own code.
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kCertificate, WSTR("policy cert"));
   SetMultiString(kPolicyKey, kUrl, {WSTR("https://policy")});
-  registry_.Apply();
   Logger().Clear();
   Service().ScriptCreate({E_ACCESSDENIED});
   WString path = kPolicyKey;
@@ -383,14 +371,12 @@ TEST_F(ServerInfo, WithoutSystemInformationEverySourceFailsAndSaysWhy) {
 TEST_F(ServerInfo, HostileConfigurationGetsDefinedAnswers) {
   const WString longUrl = WSTR("https://") + WString(100000, WCHAR('u'));
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, longUrl + WSTR("|s|c"));
-  registry_.Apply();
   Outputs out;
   EXPECT_EQ(GetServerInfo(WSTR("<c/>"), &out), S_OK);
   EXPECT_EQ(SysStringLen(out.url), longUrl.size());
 
   // No source at all: every configuration shape ends in a failure code, never a crash.
   registry_.SetString(HKEY_LOCAL_MACHINE, kPolicyKey, kUrl, WSTR(""));
-  registry_.Apply();
   const WString configs[] = {
       WSTR("<config><serverConfigRegistry>"),
       WSTR("<config><serverConfigRegistry>") + WString(70000, WCHAR('k')) +

@@ -84,7 +84,6 @@ TEST_F(ManagerHostThreads, ServerInfoFromManyThreads) {
   // No legacy value: every lookup goes on to the key the configuration names.
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("MessageServerURL"), WSTR("https://u/x"));
   registry_.SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("AdapterCertificate"), WSTR("cert"));
-  registry_.Apply();
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([t] {

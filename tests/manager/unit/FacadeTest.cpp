@@ -108,7 +108,6 @@ TEST_F(FacadeTest, FailedStartUpIsFinal) {
   registry_.Own(HKEY_LOCAL_MACHINE, AgentKeyPath());
   registry_.SetString(HKEY_LOCAL_MACHINE, AgentKeyPath(), W("JrePath"), W(nowhere.u8string()));
   registry_.SetString(HKEY_LOCAL_MACHINE, AgentKeyPath(), W("ClassPath"), W(nowhere.u8string()));
-  registry_.Apply();
   const std::string configLine = U(messages::kDumpDataConfigFailed) + "  Error code 0x80004005";
 
   EXPECT_EQ(Dump(), E_FAIL);

@@ -43,7 +43,6 @@ void Write(TestRegistry& registry, const RuntimeSettings& settings) {
     registry.SetString(HKEY_LOCAL_MACHINE, kHostDesktopKeyPath, W("AgentInstallPath"),
                        *settings.agentInstallPath);
   }
-  registry.Apply();
 }
 
 const WString kSeparator(1, platform::kPathSeparator);
@@ -80,7 +79,6 @@ class JavaPathsTest : public HostTest {
     TestRegistry registry;
     registry.Own(HKEY_LOCAL_MACHINE, AgentKeyPath());
     registry.SetString(HKEY_LOCAL_MACHINE, AgentKeyPath(), W("ClassPath"), folder);
-    registry.Apply();
     Logger().Clear();
     classPath->clear();
     return GetClassPath(LogTo(Logger()), classPath);
