@@ -154,7 +154,6 @@ WString FormatTextArgs(const WCHAR* format, const FormatArg* args, size_t count)
         default:
           // Not a directive this formatter knows: the text stays as it was written.
           out.append(start, static_cast<size_t>(p - start) + 1);
-          break;
       }
     }
   } catch (const std::bad_alloc&) {

@@ -31,7 +31,7 @@ WString GuidText(REFIID iid) {
   const WString marshaller(kAutomationMarshallerClassText);
   const DWORD bytes = static_cast<DWORD>(marshaller.size() * sizeof(WCHAR) + sizeof(WCHAR));
   const LONG written = key.WriteValue(nullptr, marshaller.c_str(), bytes, REG_SZ);
-  return written == ERROR_SUCCESS ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(written));
+  return HRESULT_FROM_WIN32(static_cast<DWORD>(written));  // S_OK for ERROR_SUCCESS
 }
 
 }  // namespace
