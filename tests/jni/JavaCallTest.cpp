@@ -144,8 +144,15 @@ TEST_F(JavaCallTest, ReferencesCanBeLetGoFromAnyThread) {
   auto string = machine_->NewString(WSTR("local"));
   ASSERT_TRUE(object && string);
 
-  // A global reference released on a thread the machine does not know.
-  std::thread([&object] { object.reset(); }).join();
+  // A global reference released on a thread the machine does not know, which is left
+  // as unattached as it was found.
+  jint after = JNI_OK;
+  std::thread([&] {
+    object.reset();
+    JNIEnv* env = nullptr;
+    after = machine_->GetJavaVM()->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6);
+  }).join();
+  EXPECT_EQ(after, JNI_EDETACHED);
 
   // A local reference released after its thread was detached is already gone with it.
   std::shared_ptr<CJavaString> stranded;
