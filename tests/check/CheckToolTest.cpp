@@ -28,8 +28,8 @@ namespace tarnix::testing {
 namespace {
 
 const WCHAR kAgentKey[] = WSTR("Software\\Corvane, Inc.\\CheckTest\\Desktop Agent");
+const WCHAR kHostKey[] = WSTR("Software\\Corvane, Inc.\\Corvane Palisade");
 const WCHAR kLegacyKey[] = WSTR("Software\\Corvane, Inc.\\Corvane Palisade\\Node Manager");
-const WCHAR kPolicyKey[] = WSTR("Software\\Policies\\Corvane, Inc.\\CheckTest\\Desktop Agent");
 const WCHAR kNamedKey[] = WSTR("Software\\Tarnix Tests\\Check Server");
 const std::string kSeparator = CHECK_FOLDER[0] == '/' ? "/" : "\\";
 
@@ -112,7 +112,7 @@ struct Case {
 
 void Expect(const Case& c) {
   TestRegistry registry;
-  for (const WCHAR* key : {kAgentKey, kPolicyKey, kNamedKey}) {
+  for (const WCHAR* key : {kAgentKey, kHostKey, kNamedKey}) {
     registry.Own(HKEY_LOCAL_MACHINE, key);
   }
   for (const Setting& setting : c.settings) {
@@ -176,13 +176,11 @@ TEST(CheckTool, ReportsEachCauseWithItsVerdictAndStatus) {
        {"PASS  4. message server: from the registry path named by the XML configuration, URL "
         "rmi://named/M",
         "second value: the machine unique id of the agent's system"}},
-      {"policy key, whose URL the legacy lookup takes without its certificate",
-       Changed(Changed(Changed(Healthy(), WSTR("Zelmar Server URL")), WSTR("MessageServerURL"),
-                       kPolicyKey, "rmi://policy/M"),
-               WSTR("AdapterCertificate"), kPolicyKey, WideToUtf8(kCertificate)),
+      {"legacy value without its certificate",
+       Changed(Healthy(), WSTR("Zelmar Server URL"), kLegacyKey, "rmi://bare/M"),
        "",
        1,
-       {"FAIL  4. message server: from the policy key's MessageServerURL, read as a legacy value",
+       {"FAIL  4. message server: from the legacy value, URL rmi://bare/M, certificate absent",
         "! no adapter certificate is configured"}},
       {"stand-in runtime without classes",
        Healthy(),
