@@ -41,17 +41,16 @@ struct Setting {
 using Settings = std::vector<Setting>;
 
 // An agent with every setting in place: its runtime, one jar, its folders and the server
-// with the machine's secrets.
-Settings Healthy(const std::string& runtime, const std::string& jars, const std::string& url) {
+// with the machine's secrets; by default the stand-in runtime and an unreachable server.
+Settings Healthy(const std::string& runtime = CHECK_STUB_JRE,
+                 const std::string& jars = CHECK_FOLDER + kSeparator + "jars",
+                 const std::string& url = "rmi://127.0.0.1:1/M") {
   return {{kAgentKey, WSTR("JrePath"), Utf8ToWide(runtime)},
           {kAgentKey, WSTR("ClassPath"), Utf8ToWide(jars)},
           {kAgentKey, WSTR("LogDirectory"), Utf8ToWide(CHECK_FOLDER)},
           {kAgentKey, WSTR("ConfigDirectory"), Utf8ToWide(CHECK_FOLDER)},
           {kLegacyKey, WSTR("Zelmar Server URL"),
            Utf8ToWide(url) + WSTR("|") + kAuthToken + WSTR("|") + kCertificate}};
-}
-[[maybe_unused]] Settings Healthy() {
-  return Healthy(CHECK_STUB_JRE, CHECK_FOLDER + kSeparator + "jars", "rmi://127.0.0.1:1/M");
 }
 
 // The settings with `name` left out, or (with a key) given the value there instead.
