@@ -8,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -71,34 +72,21 @@ std::string FileText(const std::string& path) {
   return text.str();
 }
 
-struct Run {
-  int status = -1;
-  std::string output;
-};
-
-Run RunCheck(const std::string& arguments) {
-  const std::string command =
-      std::string(CHECK_TOOL) + " --product CheckTest " + arguments + " 2>&1";
-  Run run;
+// The tool's exit status; what it printed on either stream goes to `output` through a file,
+// which a shell writes the same way on both systems.
+int RunCheck(const std::string& arguments, std::string* output) {
+  const std::string printed =
+      CHECK_FOLDER + kSeparator + ::testing::UnitTest::GetInstance()->current_test_info()->name();
+  const int status = std::system(
+      (std::string(CHECK_TOOL) + " --product CheckTest " + arguments + " >" + printed + " 2>&1")
+          .c_str());
+  *output = FileText(printed);
+  output->erase(std::remove(output->begin(), output->end(), '\r'), output->end());
 #ifdef _WIN32
-  FILE* child = _popen(command.c_str(), "rb");
+  return status;
 #else
-  FILE* child = popen(command.c_str(), "r");
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 #endif
-  if (!child) return run;
-  char buffer[4096];
-  for (size_t n; (n = fread(buffer, 1, sizeof buffer, child)) > 0;) {
-    for (size_t i = 0; i < n; ++i) {
-      if (buffer[i] != '\r') run.output.push_back(buffer[i]);  // Windows' text mode
-    }
-  }
-#ifdef _WIN32
-  run.status = _pclose(child);
-#else
-  const int status = pclose(child);
-  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-#endif
-  return run;
 }
 
 struct Case {
@@ -119,15 +107,16 @@ void Expect(const Case& c) {
   }
   registry.Apply();
   const std::string hive = FileText(registry.FilePath());
-  const Run run = RunCheck(c.arguments);
+  std::string output;
+  const int status = RunCheck(c.arguments, &output);
   // Where the checks of the JVM's own JNI checking pass look.
-  std::cout << run.output;
-  EXPECT_EQ(run.status, c.status) << c.name;
+  std::cout << output;
+  EXPECT_EQ(status, c.status) << c.name;
   for (const std::string& line : c.expected) {
-    EXPECT_NE(run.output.find(line), std::string::npos) << c.name << ": no \"" << line << "\"";
+    EXPECT_NE(output.find(line), std::string::npos) << c.name << ": no \"" << line << "\"";
   }
   for (const WCHAR* secret : {kAuthToken, kCertificate}) {
-    EXPECT_EQ(run.output.find(WideToUtf8(secret)), std::string::npos) << c.name;
+    EXPECT_EQ(output.find(WideToUtf8(secret)), std::string::npos) << c.name;
   }
   EXPECT_EQ(FileText(registry.FilePath()), hive) << c.name << ": the registry was written";
 }
