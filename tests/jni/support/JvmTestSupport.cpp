@@ -23,7 +23,7 @@ std::shared_ptr<CJavaVM> CreateTestMachine() {
 std::string Narrow(const WString& text) { return WideToUtf8(text); }
 
 JNIEnv* JavaControl::Env() {
-  JNIEnv* env = machine_.GetEnv();
+  JNIEnv* env = machine_ ? machine_->GetEnv() : env_;
   EXPECT_NE(env, nullptr) << "test controls called on an unattached thread";
   // Also the check JNI asks for after every call into Java.
   if (env && env->ExceptionCheck()) {
@@ -135,6 +135,13 @@ std::string JavaControl::Describe(jobject object) {
 std::string JavaControl::ThrowableText(jobject throwable) {
   return CallStatic(kText, "throwableText", "(Ljava/lang/Throwable;)Ljava/lang/String;",
                     {Object(throwable)});
+}
+
+std::string JavaControl::SystemProperty(const char* name) {
+  if (!Env()) return {};
+  LocalRef<jstring> key(Env(), Java(name));
+  return CallStatic("java/lang/System", "getProperty", "(Ljava/lang/String;)Ljava/lang/String;",
+                    {Object(key.Get())});
 }
 
 namespace {

@@ -21,10 +21,12 @@ namespace tarnix::testing {
 std::shared_ptr<CJavaVM> CreateTestMachine();
 
 // Calls on the stand-ins' test controls through raw JNI, on the calling (attached)
-// thread. Text crosses as UTF-8. Each call fails the test on a Java exception.
+// thread, or on the thread of the given environment. Text crosses as UTF-8. Each call
+// fails the test on a Java exception.
 class JavaControl {
  public:
-  explicit JavaControl(CJavaVM& machine) : machine_(machine) {}
+  explicit JavaControl(CJavaVM& machine) : machine_(&machine) {}
+  explicit JavaControl(JNIEnv* env) : env_(env) {}
 
   // Place is "<Class>.<method>" or "<Class>.<init>"; every hit throws a new
   // exceptionClass(message), or only the nth (from 1).
@@ -47,6 +49,7 @@ class JavaControl {
   std::string Describe(jobject object);
   // Java's own text of a throwable: toString(), then each frame on a line of its own.
   std::string ThrowableText(jobject throwable);
+  std::string SystemProperty(const char* name);
 
  private:
   JNIEnv* Env();
@@ -56,7 +59,8 @@ class JavaControl {
   jstring Java(const std::string& text);
   std::string Text(jstring string);
 
-  CJavaVM& machine_;
+  CJavaVM* machine_ = nullptr;
+  JNIEnv* env_ = nullptr;
 };
 
 // Makes every put on the one HashMap held by a JNI local reference (a converter's map,

@@ -66,67 +66,18 @@ JavaVM* RunningJavaVM() {
   return vm;
 }
 
-RawJava::RawJava() : vm_(RunningJavaVM()) {
-  if (!vm_) {
+AttachedThread::AttachedThread() : vm(RunningJavaVM()) {
+  if (!vm) {
     ADD_FAILURE() << "no JVM runs in this process";
     return;
   }
-  if (vm_->GetEnv(reinterpret_cast<void**>(&env_), JNI_VERSION_1_6) == JNI_OK) return;
-  attached_ = vm_->AttachCurrentThread(reinterpret_cast<void**>(&env_), nullptr) == JNI_OK;
-  if (!attached_) env_ = nullptr;
+  if (vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6) == JNI_OK) return;
+  attached = vm->AttachCurrentThread(reinterpret_cast<void**>(&env), nullptr) == JNI_OK;
+  if (!attached) env = nullptr;
 }
 
-RawJava::~RawJava() {
-  if (attached_) vm_->DetachCurrentThread();
+AttachedThread::~AttachedThread() {
+  if (attached) vm->DetachCurrentThread();
 }
-
-std::optional<std::string> RawJava::CallStatic(const char* className, const char* method,
-                                               const char* signature, jvalue argument) {
-  if (!env_) return std::nullopt;
-  const jclass type = env_->FindClass(className);
-  const jmethodID id = type ? env_->GetStaticMethodID(type, method, signature) : nullptr;
-  jstring text = nullptr;
-  if (id && std::string(signature).back() == 'V') {
-    env_->CallStaticVoidMethodA(type, id, &argument);
-  } else if (id) {
-    text = static_cast<jstring>(env_->CallStaticObjectMethodA(type, id, &argument));
-  }
-  if (type) env_->DeleteLocalRef(type);
-  if (env_->ExceptionCheck() || !id) {
-    env_->ExceptionClear();
-    ADD_FAILURE() << className << "." << method;
-    return std::nullopt;
-  }
-  if (!text) return std::nullopt;
-  const char* chars = env_->GetStringUTFChars(text, nullptr);
-  std::string result = chars ? chars : "";
-  if (chars) env_->ReleaseStringUTFChars(text, chars);
-  env_->DeleteLocalRef(text);
-  return result;
-}
-
-std::string RawJava::SystemProperty(const char* name) {
-  if (!env_) return {};
-  jvalue argument{};
-  argument.l = env_->NewStringUTF(name);
-  std::string value = CallStatic("java/lang/System", "getProperty",
-                                 "(Ljava/lang/String;)Ljava/lang/String;", argument)
-                          .value_or("");
-  env_->DeleteLocalRef(argument.l);
-  return value;
-}
-
-std::vector<std::string> RawJava::Calls() {
-  std::vector<std::string> calls;
-  jvalue index{};
-  for (index.i = 0;; ++index.i) {
-    std::optional<std::string> call =
-        CallStatic("com/tarnix/testing/Calls", "get", "(I)Ljava/lang/String;", index);
-    if (!call) return calls;
-    calls.push_back(std::move(*call));
-  }
-}
-
-void RawJava::ClearCalls() { CallStatic("com/tarnix/testing/Calls", "clear", "()V", jvalue{}); }
 
 }  // namespace tarnix::testing

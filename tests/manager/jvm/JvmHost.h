@@ -4,6 +4,7 @@
 
 #include "ManagerTestPaths.h"
 #include "ManagerTestSupport.h"
+#include "JvmTestSupport.h"
 
 #include "fixtures/HostTest.h"
 #include "fixtures/Secrets.h"
@@ -66,28 +67,22 @@ std::string StandInClassPath(const std::string& folder);
 // The JVM of this process, found without the component (which may have let go of it).
 JavaVM* RunningJavaVM();
 
-// Calls on the running JVM from the calling thread, attaching it when it is not.
-class RawJava {
+// The running JVM's environment on the calling thread, attached for the object's life when
+// it was not.
+struct AttachedThread {
+  AttachedThread();
+  ~AttachedThread();
+  AttachedThread(const AttachedThread&) = delete;
+
+  JavaVM* vm = nullptr;
+  JNIEnv* env = nullptr;
+  bool attached = false;
+};
+
+// The stand-ins' test controls on the running JVM, from the calling thread.
+class RawJava : private AttachedThread, public JavaControl {
  public:
-  RawJava();
-  ~RawJava();
-  RawJava(const RawJava&) = delete;
-  RawJava& operator=(const RawJava&) = delete;
-
-  std::string SystemProperty(const char* name);
-  // The calls the stand-ins recorded, oldest first.
-  std::vector<std::string> Calls();
-  void ClearCalls();
-
- private:
-  // A static method's text answer (nullopt for none, or, with the test failed, when it
-  // threw); the argument is for methods that take one.
-  std::optional<std::string> CallStatic(const char* className, const char* method,
-                                        const char* signature, jvalue argument);
-
-  JavaVM* vm_ = nullptr;
-  JNIEnv* env_ = nullptr;
-  bool attached_ = false;
+  RawJava() : JavaControl(env) {}
 };
 
 }  // namespace tarnix::testing
