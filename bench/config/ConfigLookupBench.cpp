@@ -86,7 +86,6 @@ void BM_GetServerInfoFromLegacyValue(benchmark::State& state) {
   Host host;
   host.Registry().SetString(HKEY_LOCAL_MACHINE, kLegacyKey, WSTR("Zelmar Server URL"),
                             WSTR("https://server:8443/adapter|service|certificate"));
-  host.Registry().Apply();
   ScopedVariant config(WSTR("<c/>"));
   for (auto _ : state) {
     WCHAR *url = nullptr, *serviceValue = nullptr, *certificate = nullptr;
@@ -106,7 +105,6 @@ void BM_GetServerInfoThroughDocument(benchmark::State& state) {
                             WSTR("https://server:8443/adapter"));
   host.Registry().SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("AdapterCertificate"),
                             WString(1500, WCHAR('c')));
-  host.Registry().Apply();
   ScopedVariant config(ConfigDocument().c_str());
   for (auto _ : state) {
     WCHAR *url = nullptr, *serviceValue = nullptr, *certificate = nullptr;
@@ -129,7 +127,6 @@ void BM_ResidentGrowthOverAllSources(benchmark::State& state) {
   registry.SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("MessageServerURL"), WSTR("https://s"));
   registry.SetString(HKEY_LOCAL_MACHINE, kNamedKey, WSTR("AdapterCertificate"),
                      WString(1500, WCHAR('c')));
-  registry.Apply();
   ScopedVariant config(ConfigDocument().c_str());
   auto round = [&] {
     for (int i = 0; i < 1000; ++i) {

@@ -104,7 +104,6 @@ void Expect(const Case& c) {
   for (const Setting& setting : c.settings) {
     registry.SetString(HKEY_LOCAL_MACHINE, setting.key, setting.name, setting.value);
   }
-  registry.Apply();
   const std::string hive = FileText(registry.FilePath());
   std::string output;
   const int status = RunCheck(c.arguments, &output);

@@ -23,7 +23,6 @@ void JvmHostTest::WriteSettings(const AgentSettings& settings) {
   set(AgentKeyPath(), "ClassPath", settings.classPath);
   set(AgentKeyPath(), "LogDirectory", settings.logDirectory);
   set(AgentKeyPath(), "ConfigDirectory", settings.configDirectory);
-  registry_.Apply();
 }
 
 void JvmHostTest::ArmFaultsAtStartUp(const std::string& faults) {
