@@ -29,7 +29,6 @@ BenchHost::BenchHost(ComPtr<IHostSessionSource> sessions) {
                      Utf8ToWide(TARNIX_BENCH_JAR_DIR));
   registry.SetString(HKEY_LOCAL_MACHINE, key, Utf8ToWide("ConfigDirectory"),
                      Utf8ToWide("/tmp/tarnix-bench-config"));
-  registry.Apply();
 }
 
 LONG BenchHost::Dump(unsigned char type, IUnknown* data, ULONGLONG number) {
