@@ -28,7 +28,7 @@ void HostLog::Write(IHostLogger* logger, LogOperation operation, const WString& 
     case LogOperation::Error: logger->LogError(component.Get(), text.Get()); break;
     case LogOperation::Warning: logger->LogWarning(component.Get(), text.Get()); break;
     case LogOperation::Info: logger->LogInfo(component.Get(), text.Get()); break;
-    case LogOperation::Level: logger->LogLevel(component.Get(), kTraceLevel, text.Get()); break;
+    case LogOperation::Level: logger->LogLevel(component.Get(), kTraceLevel, text.Get());
   }
 }
 

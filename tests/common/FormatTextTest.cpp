@@ -17,12 +17,12 @@ TEST(FormatText, ResultCodesPrintAsEightLowerCaseDigitsWhateverTheArgumentType) 
 }
 
 TEST(FormatText, SignedUnsignedWidthsAndFlags) {
-  EXPECT_EQ(FormatText(WSTR("%d %i %u"), -42, 7, 4294967295u), WSTR("-42 7 4294967295"));
+  EXPECT_EQ(FormatText(WSTR("%d %i %u"), -42, 0, 4294967295u), WSTR("-42 0 4294967295"));
   EXPECT_EQ(FormatText(WSTR("%d"), static_cast<LONG>(-2147483647 - 1)), WSTR("-2147483648"));
   // %u of a negative 32-bit value shows its bits, as printf does.
   EXPECT_EQ(FormatText(WSTR("%u"), -1), WSTR("4294967295"));
-  EXPECT_EQ(FormatText(WSTR("[%5d][%-5d][%05d][%05d]"), 42, 42, 42, -42),
-            WSTR("[   42][42   ][00042][-0042]"));
+  EXPECT_EQ(FormatText(WSTR("[%5d][%-5d][%05d][%05d][%10d]"), 42, 42, 42, -42, 7),
+            WSTR("[   42][42   ][00042][-0042][         7]"));
   EXPECT_EQ(FormatText(WSTR("%lld"), -9000000000ll), WSTR("-9000000000"));
   EXPECT_EQ(FormatText(WSTR("%.3d"), 5), WSTR("005"));
 }
@@ -46,6 +46,7 @@ TEST(FormatText, MalformedFormatsAndMissingArgumentsGiveDefinedText) {
   EXPECT_EQ(FormatText(WSTR("100%%")), WSTR("100%"));
   EXPECT_EQ(FormatText(WSTR("a %s b %d c")), WSTR("a  b  c"));
   EXPECT_EQ(FormatText(WSTR("%s %d"), 5, WSTR("x")), WSTR(" "));
+  EXPECT_EQ(FormatText(WSTR("%s|%d|%s"), WSTR("x")), WSTR("x||"));
   EXPECT_EQ(FormatText(WSTR("%q %s"), WSTR("x")), WSTR("%q x"));
   EXPECT_EQ(FormatText(WSTR("trailing %")), WSTR("trailing %"));
   EXPECT_EQ(FormatText(WSTR("trailing %08l")), WSTR("trailing %08l"));

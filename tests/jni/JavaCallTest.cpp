@@ -116,6 +116,7 @@ TEST_F(JavaCallTest, NothingRunsWhileAnEarlierExceptionIsUnread) {
 
   EXPECT_FALSE(machine_->NewString(WSTR("x")));
   EXPECT_FALSE(probeClass_->NewObject(Probe::ctor));
+  EXPECT_FALSE(probeClass_->NewLocalObject(Probe::ctor));
   probe_->CallVoidMethod(Probe::record, nullptr);
   EXPECT_EQ(probe_->CallStringMethod(Probe::answerNull)->Get(), nullptr);
   EXPECT_FALSE(machine_->LoadClass("java/util/HashMap", nullptr, 0));
