@@ -4,6 +4,8 @@
 #include "jni/StringChars.h"
 #include "platform/ThreadAnsi.h"
 
+#include <optional>
+
 namespace {
 
 // Queries of an exception that has already been cleared. A query that throws in turn
@@ -12,21 +14,20 @@ class ThrowableReader {
  public:
   explicit ThrowableReader(JNIEnv* env) : env_(env) {}
 
-  // toString() of the object, or false when there is none.
-  bool ToString(jobject object, WString& text) {
+  // toString() of the object, or nothing when there is none.
+  std::optional<WString> ToString(jobject object) {
     tarnix::LocalRef<jclass> type(env_, env_->GetObjectClass(object));
-    if (!Answered(type.Get())) return false;
+    if (!Answered(type.Get())) return std::nullopt;
     const jmethodID method = env_->GetMethodID(type.Get(), "toString", "()Ljava/lang/String;");
-    if (!Answered(method)) return false;
+    if (!Answered(method)) return std::nullopt;
     tarnix::LocalRef<jstring> string(env_,
                                      static_cast<jstring>(env_->CallObjectMethod(object, method)));
-    if (!Answered(string.Get())) return false;
+    if (!Answered(string.Get())) return std::nullopt;
     const tarnix::StringUtfChars chars(env_, string.Get());
-    if (!Answered(chars.Get())) return false;
+    if (!Answered(chars.Get())) return std::nullopt;
     // Java hands out modified UTF-8; it is read in the thread's ANSI code page, which is
     // what the host's log expects of it.
-    text = tarnix::FromThreadAnsi(chars.Get());
-    return true;
+    return tarnix::FromThreadAnsi(chars.Get());
   }
 
   tarnix::LocalRef<jobjectArray> StackTrace(jobject throwable) {
@@ -45,10 +46,11 @@ class ThrowableReader {
     const jsize count = env_->GetArrayLength(frames);
     for (jsize i = 0; i < count; ++i) {
       tarnix::ScopedLocalRef frame(env_, env_->GetObjectArrayElement(frames, i));
-      WString text;
-      if (!Answered(frame.Get()) || !ToString(frame.Get(), text)) continue;
+      if (!Answered(frame.Get())) continue;
+      const std::optional<WString> text = ToString(frame.Get());
+      if (!text) continue;
       out += WSTR("\r\n\t");
-      out += text;
+      out += *text;
     }
   }
 
@@ -71,12 +73,13 @@ namespace tarnix {
 
 WString TakePendingExceptionText(JNIEnv* env) {
   tarnix::LocalRef<jthrowable> exception(env, env->ExceptionOccurred());
+  if (!exception) return WString();
   // JNI allows no queries while an exception is pending, so it is taken and cleared
   // first; the text comes out the same.
   env->ExceptionClear();
   ThrowableReader reader(env);
-  WString text;  // without a toString() answer, the frames alone
-  reader.ToString(exception.Get(), text);
+  // Without a toString() answer, the frames alone.
+  WString text = reader.ToString(exception.Get()).value_or(WString());
   tarnix::LocalRef<jobjectArray> frames = reader.StackTrace(exception.Get());
   if (frames) reader.AppendFrames(frames.Get(), text);
   return text;

@@ -15,6 +15,7 @@ namespace tarnix {
 // no other call while one is pending) and its text comes back, its toString() followed
 // by "\r\n\t" and each stack frame. Nothing when none is pending. Inline: it is asked
 // after every call into Java, and the plain check spares a reference when all is well.
+// The text alone, for TakeException; empty when nothing is pending.
 [[nodiscard]] WString TakePendingExceptionText(JNIEnv* env);
 inline std::optional<WString> TakeException(JNIEnv* env) {
   if (!env || !env->ExceptionCheck()) return std::nullopt;

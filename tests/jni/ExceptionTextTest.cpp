@@ -39,6 +39,7 @@ class ExceptionTextTest : public BridgeTest {
 
 TEST_F(ExceptionTextTest, TextIsToStringThenEveryFrameOnALineOfItsOwn) {
   EXPECT_FALSE(machine_->TakeException());
+  EXPECT_EQ(tarnix::TakePendingExceptionText(env_), WString());
 
   Throw(Probe::throwWithFrames, WSTR("boom"));
   const Reading reading = Read();
