@@ -31,7 +31,7 @@ WString SystemMessageText(HRESULT hr) {
   const DWORD length =
       FormatMessageW(kMessageFlags, nullptr, static_cast<DWORD>(hr), kNeutralLanguage,
                      reinterpret_cast<LPWSTR>(buffer.Receive()), 0, nullptr);
-  if (length == 0 || !buffer.Get()) return WString();
+  if (length == 0) return WString();
   return WString(buffer.Get(), length);
 }
 

@@ -17,7 +17,7 @@ struct CoTaskMemDeleter {
 // The braced text of a GUID; empty when it cannot be made.
 WString GuidText(REFIID iid) {
   LPOLESTR raw = nullptr;
-  if (FAILED(StringFromCLSID(iid, &raw)) || !raw) return WString();
+  if (FAILED(StringFromCLSID(iid, &raw))) return WString();
   std::unique_ptr<OLECHAR, CoTaskMemDeleter> text(raw);
   return WString(text.get());
 }

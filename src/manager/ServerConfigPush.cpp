@@ -11,6 +11,8 @@
 #include "manager/ManagerMessages.h"
 #include "manager/ResultCodes.h"
 
+#include <algorithm>
+
 using Client = tarnix::methods::DesktopMessageClient;
 
 using tarnix::CallbackKey;
@@ -22,11 +24,8 @@ namespace {
 WCHAR FoldCase(WCHAR c) { return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c - 'A' + 'a') : c; }
 
 bool EqualsIgnoringCase(const WString& a, const WString& b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (FoldCase(a[i]) != FoldCase(b[i])) return false;
-  }
-  return true;
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](WCHAR x, WCHAR y) { return FoldCase(x) == FoldCase(y); });
 }
 
 }  // namespace
