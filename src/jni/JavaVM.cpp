@@ -19,7 +19,7 @@ CJavaVM::~CJavaVM() {
     vm_->DestroyJavaVM();
     vm_ = nullptr;
   }
-  library_.Free();
+  // The library goes with library_, after the machine.
 }
 
 void CJavaVM::ForgetClassesAndThreads() {

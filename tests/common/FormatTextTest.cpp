@@ -25,6 +25,8 @@ TEST(FormatText, SignedUnsignedWidthsAndFlags) {
             WSTR("[   42][42   ][00042][-0042][         7]"));
   EXPECT_EQ(FormatText(WSTR("%lld"), -9000000000ll), WSTR("-9000000000"));
   EXPECT_EQ(FormatText(WSTR("%.3d"), 5), WSTR("005"));
+  // A precision beyond what a number can need stops short of the sign's place.
+  EXPECT_EQ(FormatText(WSTR("%.30d"), -5), WSTR("-") + WString(22, WCHAR('0')) + WSTR("5"));
 }
 
 TEST(FormatText, WideTextIsInsertedAsItStands) {
