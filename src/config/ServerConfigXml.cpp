@@ -83,8 +83,7 @@ HRESULT FindServerConfigRegistry(VARIANT config, BSTR* text) {
   }
   ComPtr<IXMLDOMDocument2> document;
   if (FAILED(
-          asObject.Get().punkVal->QueryInterface(IID_IXMLDOMDocument2, document.ReceiveVoid())) ||
-      !document) {
+          asObject.Get().punkVal->QueryInterface(IID_IXMLDOMDocument2, document.ReceiveVoid()))) {
     return E_FAIL;
   }
   return ReadEntry(document.Get(), text);

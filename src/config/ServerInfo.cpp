@@ -217,16 +217,15 @@ namespace {
                                         ServerInfoSource* source) {
   const HostLog log = HostLog::AcquiredOnFirstUse();
   ScopedBstr path;
-  LONG hr = E_FAIL;
   if (SUCCEEDED(FindServerConfigRegistry(config, path.Receive()))) {
-    hr = outputs.Run(
+    const LONG named = outputs.Run(
         [&](WCHAR** u, WCHAR** s, WCHAR** c) { return LoadKeyServerInfo(path.Get(), u, s, c); });
     *source = ServerInfoSource::XmlNamedKey;
-    if (SUCCEEDED(hr)) return hr;
-    log.ErrorWithCode(kLoadServerConfigFailed, hr);
+    if (SUCCEEDED(named)) return named;
+    log.ErrorWithCode(kLoadServerConfigFailed, named);
   }
   WString policyKey = PolicyKeyPath();
-  hr = outputs.Run(
+  const LONG hr = outputs.Run(
       [&](WCHAR** u, WCHAR** s, WCHAR** c) { return LoadKeyServerInfo(&policyKey[0], u, s, c); });
   *source = ServerInfoSource::PolicyKey;
   if (FAILED(hr)) log.ErrorWithCode(kLoadPolicyConfigFailed, hr);
@@ -238,16 +237,13 @@ namespace {
 LONG LookUpServerInfo(VARIANT config, WCHAR** url, WCHAR** serviceValue, WCHAR** certificate,
                       ServerInfoSource* source) {
   ServerInfoSource answered = ServerInfoSource::LegacyValue;
-  LONG hr = E_FAIL;
-  {
-    ServerInfoOutputs outputs(url, serviceValue, certificate);
-    hr = outputs.Run(LoadLegacyServerInfo);
-    if (FAILED(hr)) {
-      hr = LookUpConfiguredKeys(config, outputs, &answered);
-    } else if (source) {
-      WString value;
-      std::ignore = ReadLegacyValue(&value, &answered);
-    }
+  ServerInfoOutputs outputs(url, serviceValue, certificate);
+  LONG hr = outputs.Run(LoadLegacyServerInfo);
+  if (FAILED(hr)) {
+    hr = LookUpConfiguredKeys(config, outputs, &answered);
+  } else if (source) {
+    WString value;
+    std::ignore = ReadLegacyValue(&value, &answered);
   }
   if (source) *source = SUCCEEDED(hr) ? answered : ServerInfoSource::None;
   return hr;

@@ -5,7 +5,6 @@
 
 #include "platform/JavaRuntime.h"
 
-#include <climits>
 #include <functional>
 #include <tuple>
 
@@ -50,7 +49,6 @@ LONG CJavaVM::Create(std::vector<std::string> options) {
   if (FAILED(loaded)) return loaded;
   const tarnix::CreateJavaVMFunction createJavaVM = library_.GetCreateJavaVM();
   if (!createJavaVM) return tarnix::platform::LastErrorResult();
-  if (options.size() > static_cast<size_t>(INT_MAX)) return JNI_EINVAL;
 
   std::vector<JavaVMOption> jvmOptions(options.size());  // zero-filled: no extraInfo
   for (size_t i = 0; i < options.size(); ++i) jvmOptions[i].optionString = options[i].data();

@@ -124,7 +124,6 @@ HRESULT CRMICommManagerImpl::StartMessageClient() {
       return E_FAIL;
     }
   }
-  if (!clientClass) return E_FAIL;
   messageClient_ = clientClass->NewObject(Client::ctor);
   if (!messageClient_) {
     log_.Error(WSTR("Failed to create a new message client.  %s"),

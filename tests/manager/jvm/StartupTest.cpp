@@ -150,6 +150,7 @@ TEST_P(FailedStartup, LogsWhereItStoppedAndIsNotTriedAgain) {
   DescribeMachine();
   EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("url"), nullptr, nullptr), kJavaNotRunning);
   EXPECT_EQ(manager.DumpData(nullptr, nullptr, nullptr, 0, eStartup, nullptr), kJavaNotRunning);
+  EXPECT_EQ(manager.Teardown(), S_OK);  // with no client to dispose of
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, FailedStartup, ::testing::ValuesIn(kFailures),
