@@ -31,11 +31,8 @@ class AdapterList {
     array_.Reset(array);
     if (!array) return E_INVALIDARG;
     VARTYPE type = VT_EMPTY;
-    if (FAILED(SafeArrayGetVartype(array, &type)) || type != VT_RECORD ||
-        SafeArrayGetElemsize(array) != sizeof(HostNetworkInterfaceRecord)) {
-      return E_INVALIDARG;
-    }
-    access_.emplace(array);
+    if (FAILED(SafeArrayGetVartype(array, &type)) || type != VT_RECORD) return E_INVALIDARG;
+    access_.emplace(array);  // which refuses records of another size
     return access_->result();
   }
 

@@ -17,6 +17,14 @@ std::vector<AdapterValues> ThreeAdapters() {
   };
 }
 
+// Records of another kind: larger than the host's adapter records.
+class LargerRecordInfo : public AdapterRecordInfo {
+  HRESULT STDMETHODCALLTYPE GetSize(ULONG* size) override {
+    *size = 2 * sizeof(HostNetworkInterfaceRecord);
+    return S_OK;
+  }
+};
+
 class DesktopTest : public ConvertTest {
  protected:
   void SetUp() override {
@@ -106,6 +114,11 @@ TEST_F(DesktopTest, AnAdapterListThatCannotBeReadEndsInInvalidArgument) {
   SystemInfo().Fail(SystemInfoSlot::NetworkInterfaces, S_OK);
   EXPECT_EQ(Raised(), E_INVALIDARG);
   SystemInfo().SetNetworkInterfaces([] { return SafeArrayCreateVector(VT_BSTR, 0, 2); });
+  EXPECT_EQ(Raised(), E_INVALIDARG);
+  SystemInfo().SetNetworkInterfaces([] {
+    auto info = MakeHostObject<LargerRecordInfo>();
+    return SafeArrayCreateVectorEx(VT_RECORD, 0, 1, static_cast<IRecordInfo*>(info.Get()));
+  });
   EXPECT_EQ(Raised(), E_INVALIDARG);
   EXPECT_EQ(SystemInfo().Calls(SystemInfoSlot::MachineName), 2);
 }

@@ -151,7 +151,7 @@ TEST_F(MetricTest, TheExceptionOfAFailedPutIsLeftPending) {
 
 TEST_F(MetricTest, MetricsCarryTheirInstances) {
   auto disk = MakeHostObject<FakeEnumerator>();
-  disk->Add(WSTR("C:"), I4(10)).Add(WSTR("D:"), R8(2.5)).Add(WSTR("E:"), Bool(false));
+  disk->Add(WSTR("C:"), I4(10)).Add(WSTR("E:"), Bool(false)).Add(WSTR("D:"), R8(2.5));
   auto net = MakeHostObject<FakeEnumerator>();          // a metric without instances
   auto notAnEnumerator = MakeHostObject<FakeSample>();  // an object without the enumerator
   auto metrics = MakeHostObject<FakeEnumerator>();
