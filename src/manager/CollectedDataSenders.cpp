@@ -134,10 +134,9 @@ DispatchOutcome SendTraceRoute(const DispatchCall& call) {
     call.log.Error(WSTR("No traceResult."));
     return {E_FAIL, nullptr, std::move(refused)};
   }
-  return {
-      S_OK,
+  return DispatchOutcome::Sent(
       call.client.CallStringMethod(Client::onActionPerformed, *connection.object, *map, *javaRoute),
-      std::move(refused)};
+      std::move(refused));
 }
 
 DispatchOutcome SendDesktopPoll(const DispatchCall& call) {

@@ -45,7 +45,7 @@ TEST(FormatText, WideTextIsInsertedAsItStands) {
 }
 
 TEST(FormatText, MalformedFormatsAndMissingArgumentsGiveDefinedText) {
-  EXPECT_EQ(FormatText(WSTR("100%%")), WSTR("100%"));
+  EXPECT_EQ(FormatText(WSTR("100%% sure")), WSTR("100% sure"));
   EXPECT_EQ(FormatText(WSTR("a %s b %d c")), WSTR("a  b  c"));
   EXPECT_EQ(FormatText(WSTR("%s %d"), 5, WSTR("x")), WSTR(" "));
   EXPECT_EQ(FormatText(WSTR("%s|%d|%s"), WSTR("x")), WSTR("x||"));

@@ -31,32 +31,32 @@ TEST_F(ServerConfigPush, PushesWhenTheConfigurationChanges) {
   Logger().ForbidText(W("CERTIFICATE-2"));
   CRMICommManagerImpl manager;
 
-  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("rmi://Server:1099/a"), WSTR("id"),
+  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("rmi://ServerZ:1099/a"), WSTR("id"),
                                            WSTR("CERTIFICATE-1")),
             S_OK);
   EXPECT_EQ(manager.GetState(), eStateInitialized);
   EXPECT_EQ(Pushes(), (std::vector<std::string>{
-                          "setProviderUrl(\"rmi://Server:1099/a\")",
+                          "setProviderUrl(\"rmi://ServerZ:1099/a\")",
                           "initialize(\"/tmp/tarnix-agent-config\", \"CERTIFICATE-1\")"}));
   EXPECT_EQ(Lines(Logger(), LogOperation::Info).back(),
-            "Updated the message server URL in the Java client to rmi://Server:1099/a.");
+            "Updated the message server URL in the Java client to rmi://ServerZ:1099/a.");
 
   // The server's name may differ in case; the other two strings may not.
-  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("RMI://server:1099/A"), WSTR("id"),
+  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("RMI://serverz:1099/A"), WSTR("id"),
                                            WSTR("CERTIFICATE-1")),
             S_FALSE);
   EXPECT_EQ(Pushes().size(), 2u);
-  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("rmi://Server:1099/a"), WSTR("ID"),
+  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("rmi://ServerZ:1099/a"), WSTR("ID"),
                                            WSTR("CERTIFICATE-1")),
             S_OK);
   EXPECT_EQ(Pushes().size(), 4u);
-  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("rmi://Server:1099/a"), WSTR("ID"),
+  EXPECT_EQ(manager.SetCurrentServerConfig(WSTR("rmi://ServerZ:1099/a"), WSTR("ID"),
                                            WSTR("CERTIFICATE-2")),
             S_OK);
   EXPECT_EQ(Pushes().back(), "initialize(\"/tmp/tarnix-agent-config\", \"CERTIFICATE-2\")");
   // A URL that extends, shortens or replaces a letter of the last one is still a change.
-  for (const WCHAR* url :
-       {WSTR("rmi://Server:1099/a/b"), WSTR("rmi://Server:1099/b"), WSTR("rmi://Server:1099/a")}) {
+  for (const WCHAR* url : {WSTR("rmi://ServerZ:1099/a/b"), WSTR("rmi://ServerZ:1099/b"),
+                           WSTR("rmi://ServerZ:1099/a")}) {
     EXPECT_EQ(manager.SetCurrentServerConfig(url, WSTR("ID"), WSTR("CERTIFICATE-2")), S_OK);
   }
   EXPECT_TRUE(Logger().Messages(LogOperation::Error).empty()) << Logger().Dump();
