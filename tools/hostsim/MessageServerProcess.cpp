@@ -136,10 +136,6 @@ bool MessageServerProcess::ClearAnswer(const std::string& method) {
 
 bool MessageServerProcess::ClearReceived() { return Command("clear"); }
 
-bool MessageServerProcess::SetDelay(std::chrono::milliseconds delay) {
-  return Command("delay " + std::to_string(delay.count()));
-}
-
 bool MessageServerProcess::Command(const std::string& line) {
   std::string answer;
   if (!Send(line) || !ReadLine(&answer)) return false;

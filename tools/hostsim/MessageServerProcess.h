@@ -40,9 +40,6 @@ class MessageServerProcess {
   bool SetAnswer(const std::string& method, const std::string& text);
   bool ClearAnswer(const std::string& method);
   bool ClearReceived();
-  // Every call takes this long to answer from now on (zero: none); the server stays
-  // responsive to commands meanwhile.
-  bool SetDelay(std::chrono::milliseconds delay);
 
   // Closes the server's stdin and waits for it to end (killing it when it does not);
   // true when it ended by itself with status 0.
